@@ -1,0 +1,10 @@
+# Warnings of the project's own code; nvcc hands them on to its host compiler.
+set(warnings -Wall -Wextra -Wshadow)
+if(TARN_WERROR)
+    list(APPEND warnings -Werror)
+endif()
+list(JOIN warnings "," host_warnings)
+add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:${warnings}>" "$<$<COMPILE_LANGUAGE:CUDA>:-Xcompiler=${host_warnings}>")
+if(TARN_WERROR)
+    add_compile_options("$<$<COMPILE_LANGUAGE:CUDA>:-Werror=all-warnings>")
+endif()

@@ -1,0 +1,435 @@
+/* tarn_lapack: dense linear algebra on an NVIDIA GPU behind LAPACK-shaped calls.
+ *
+ * Matrices are column-major with an explicit leading dimension; dimensions, leading dimensions and increments are 32-bit
+ * signed integers counted in elements; pivots are one-based. Character options are single letters, upper or lower case.
+ * Workspace is the library's own business.
+ *
+ * Each routine exists twice. tarn<X><name> takes arrays in host memory, copies them to the device, and copies the
+ * results back. tarnDevice<X><name> takes device addresses (cudaMalloc) and copies nothing but panels. <X> is the
+ * element type: S float, D double, C complex float, Z complex double. D and Z need compute capability 1.3 or more.
+ *
+ * All routines are synchronous, run on the CUDA device that is current on the calling thread, and may be called from any
+ * thread between tarnInitialize and tarnShutdown. Each returns a status and records it, with its detail, for
+ * tarnGetLastStatus and tarnGetErrorInfo (tarn_core.h). Every routine can return
+ *
+ *   tarnNotInitialized                  before tarnInitialize; the recorded info is left alone
+ *   tarnInsufficientComputeCapability   D and Z routines on a device without double precision
+ *   tarnArgumentError                   info -k: the k-th argument is wrong; no array was touched
+ *   tarnInsufficientMemory              host or device memory ran out; arrays in host memory are unchanged
+ *   tarnBlasError, tarnRuntimeError     info: the code of cuBLAS or CUDA; arrays in host memory are unchanged
+ *
+ * and what its own comment adds.
+ */
+#ifndef TARN_LAPACK_H
+#define TARN_LAPACK_H
+
+#include "tarn_core.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef int32_t tarnVersion;
+
+typedef float tarnFloat;
+typedef double tarnDouble;
+
+/** Complex elements: the layout of C's float _Complex and of std::complex<float>. */
+typedef struct tarnFloatComplex
+{
+    float real, imag;
+} tarnFloatComplex;
+
+/** Complex elements: the layout of C's double _Complex and of std::complex<double>. */
+typedef struct tarnDoubleComplex
+{
+    double real, imag;
+} tarnDoubleComplex;
+
+/* The same elements in device memory: a pointer to one of these is a device address. */
+typedef tarnFloat tarnDeviceFloat;
+typedef tarnDouble tarnDeviceDouble;
+typedef tarnFloatComplex tarnDeviceFloatComplex;
+typedef tarnDoubleComplex tarnDeviceDoubleComplex;
+typedef int32_t tarnDeviceInt;
+
+/* ---- Lifecycle ----------------------------------------------------------------------------------------------------*/
+
+/**
+ * Brings the library up for the calling thread: checks the CUDA runtime, driver and cuBLAS versions and that a device is
+ * there, and starts cuBLAS. Further calls, from this or other threads, only register the thread.
+ *
+ * Returns tarnInsufficientRuntime (CUDA or cuBLAS older than 4.1, or a driver older than the runtime), tarnNoHardware,
+ * tarnInsufficientMemory, tarnBlasError (info: cuBLAS code) or tarnRuntimeError (info: CUDA code) when it cannot.
+ */
+TARN_API tarnStatus tarnInitialize(void);
+
+/**
+ * Takes the calling thread out; the last registered thread takes the library down and frees its device workspace.
+ * No routine may be running in another thread then. Does nothing before tarnInitialize.
+ */
+TARN_API void tarnShutdown(void);
+
+/** Gives idle device workspace, which the library keeps between calls, back to CUDA. */
+TARN_API void tarnFreeBuffers(void);
+
+/* ---- Versions and messages: these work before tarnInitialize -------------------------------------------------------*/
+
+TARN_API tarnVersion tarnGetVersion(void);              /**< version of this library, 14000 */
+TARN_API tarnVersion tarnGetCudaMinimumVersion(void);   /**< oldest CUDA that is served, 4010 */
+TARN_API tarnVersion tarnGetCudaRuntimeVersion(void);   /**< CUDA runtime in use, 0 if it cannot tell */
+TARN_API tarnVersion tarnGetCudaDriverVersion(void);    /**< CUDA driver in use, 0 if it cannot tell */
+TARN_API tarnVersion tarnGetCublasMinimumVersion(void); /**< oldest cuBLAS that is served, 4010 */
+TARN_API tarnVersion tarnGetCublasRuntimeVersion(void); /**< cuBLAS in use, 0 if it cannot tell */
+
+/** Text of a status, in constant storage; "Invalid tarnStatus" for a value that is none. Records nothing. */
+TARN_API const char* tarnGetStatusString(tarnStatus e);
+
+/**
+ * Writes a message for status e with info i into buf, cut to bufsize bytes and always terminated.
+ * tarnArgumentError: info -1 (e is no status), -3 (buf is null), -4 (bufsize is not positive).
+ */
+TARN_API tarnStatus tarnGetErrorInfoString(tarnStatus e, tarnInfo i, char* buf, int bufsize);
+
+/* ---- Devices: the first two work before tarnInitialize -------------------------------------------------------------*/
+
+/** Number of CUDA devices, at most 16. tarnArgumentError: info -1 (dev is null). */
+TARN_API tarnStatus tarnGetDeviceCount(int* dev);
+
+/** Makes device dev current on the calling thread, for CUDA and so for this library. tarnArgumentError: info -1. */
+TARN_API tarnStatus tarnSelectDevice(int dev);
+
+/** The device on which routines of the calling thread run. tarnArgumentError: info -1 (dev is null). */
+TARN_API tarnStatus tarnGetExecutingDevice(int* dev);
+
+/* ---- LU factorisation and linear systems ---------------------------------------------------------------------------*/
+
+/**
+ * getrf: A = P L U with partial pivoting, by blocked right-looking elimination with look-ahead.
+ *
+ *   m, n   rows and columns of A
+ *   a      m by n, lda >= max(1, m); out: L below the diagonal (unit diagonal not stored), U on and above it
+ *   ipiv   out: min(m, n) pivots; row i was interchanged with row ipiv[i - 1], in the order i = 1, 2, ...
+ *
+ * tarnDataError: info i > 0, U(i, i) is the first exactly zero pivot; factors and pivots are complete all the same.
+ * tarnArgumentError: -1 m, -2 n, -3 a is null, -4 lda, -5 ipiv is null.
+ * Work: 2/3 n^3 flops for m = n (times 4 for complex); in general m n^2 - n^3 / 3 for m >= n.
+ */
+TARN_API tarnStatus tarnSgetrf(int m, int n, tarnFloat* a, int lda, int* ipiv);
+TARN_API tarnStatus tarnCgetrf(int m, int n, tarnFloatComplex* a, int lda, int* ipiv);
+TARN_API tarnStatus tarnDeviceSgetrf(int m, int n, tarnDeviceFloat* a, int lda, tarnDeviceInt* ipiv);
+TARN_API tarnStatus tarnDeviceCgetrf(int m, int n, tarnDeviceFloatComplex* a, int lda, tarnDeviceInt* ipiv);
+
+/**
+ * gesv: solves A X = B by LU factorisation with partial pivoting.
+ *
+ *   n      order of A;  nrhs  columns of B
+ *   a      n by n, lda >= max(1, n); out: L and U as of getrf
+ *   ipiv   out: n pivots as of getrf
+ *   b      n by nrhs, ldb >= max(1, n); out: X
+ *
+ * tarnDataError: info i > 0, U(i, i) is the first exactly zero pivot; a and ipiv hold the factors, b is unchanged.
+ * tarnArgumentError: -1 n, -2 nrhs, -3 a is null, -4 lda, -5 ipiv is null, -6 b is null, -7 ldb.
+ * Work: 2/3 n^3 + 2 n^2 nrhs flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgesv(int n, int nrhs, tarnFloat* a, int lda, int* ipiv, tarnFloat* b, int ldb);
+TARN_API tarnStatus tarnCgesv(int n, int nrhs, tarnFloatComplex* a, int lda, int* ipiv, tarnFloatComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceSgesv(int n, int nrhs, tarnDeviceFloat* a, int lda, tarnDeviceInt* ipiv,
+                                    tarnDeviceFloat* b, int ldb);
+TARN_API tarnStatus tarnDeviceCgesv(int n, int nrhs, tarnDeviceFloatComplex* a, int lda, tarnDeviceInt* ipiv,
+                                    tarnDeviceFloatComplex* b, int ldb);
+
+/* ---- BLAS level 3 --------------------------------------------------------------------------------------------------*/
+
+/**
+ * gemm: C := alpha op(A) op(B) + beta C, op(X) = X ("N"), X^T ("T") or X^H ("C").
+ *
+ *   m, n, k   op(A) is m by k, op(B) is k by n, C is m by n
+ *   a, b      as stored, lda >= rows of A, ldb >= rows of B
+ *   c         ldc >= m; not read where beta is 0
+ *
+ * tarnArgumentError (host form): -1 transa, -2 transb, -3 m, -4 n, -5 k, -7 a, -8 lda, -9 b, -10 ldb, -12 c, -13 ldc;
+ * null arrays count only if m, n and k are all non-zero. The device form leaves its arguments to cuBLAS.
+ * Work: 2 m n k flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgemm(char transa, char transb, int m, int n, int k, tarnFloat alpha, tarnFloat* a, int lda,
+                              tarnFloat* b, int ldb, tarnFloat beta, tarnFloat* c, int ldc);
+TARN_API tarnStatus tarnDgemm(char transa, char transb, int m, int n, int k, tarnDouble alpha, tarnDouble* a, int lda,
+                              tarnDouble* b, int ldb, tarnDouble beta, tarnDouble* c, int ldc);
+TARN_API tarnStatus tarnCgemm(char transa, char transb, int m, int n, int k, tarnFloatComplex alpha,
+                              tarnFloatComplex* a, int lda, tarnFloatComplex* b, int ldb, tarnFloatComplex beta,
+                              tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZgemm(char transa, char transb, int m, int n, int k, tarnDoubleComplex alpha,
+                              tarnDoubleComplex* a, int lda, tarnDoubleComplex* b, int ldb, tarnDoubleComplex beta,
+                              tarnDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceSgemm(char transa, char transb, int m, int n, int k, tarnFloat alpha, tarnDeviceFloat* a,
+                                    int lda, tarnDeviceFloat* b, int ldb, tarnFloat beta, tarnDeviceFloat* c, int ldc);
+TARN_API tarnStatus tarnDeviceDgemm(char transa, char transb, int m, int n, int k, tarnDouble alpha,
+                                    tarnDeviceDouble* a, int lda, tarnDeviceDouble* b, int ldb, tarnDouble beta,
+                                    tarnDeviceDouble* c, int ldc);
+TARN_API tarnStatus tarnDeviceCgemm(char transa, char transb, int m, int n, int k, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb,
+                                    tarnFloatComplex beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZgemm(char transa, char transb, int m, int n, int k, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
+                                    tarnDoubleComplex beta, tarnDeviceDoubleComplex* c, int ldc);
+
+/**
+ * trsm: solves op(A) X = alpha B (side "L") or X op(A) = alpha B (side "R") for a triangular A; X replaces B.
+ *
+ *   side     "L": A is m by m, "R": A is n by n
+ *   uplo     "U" or "L": the triangle of A that is read;  diag  "U": the diagonal counts as ones and is not read
+ *   transa   op(A) = A ("N"), A^T ("T") or A^H ("C")
+ *   m, n     rows and columns of B;  lda >= order of A, ldb >= m
+ *
+ * tarnArgumentError: -1 side, -2 uplo, -3 transa, -4 diag, -5 m, -6 n, -8 a, -9 lda, -10 b, -11 ldb; null arrays count
+ * only if m and n are non-zero. A singular A is not noticed. Work: m^2 n or m n^2 flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnStrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloat alpha, tarnFloat* a,
+                              int lda, tarnFloat* b, int ldb);
+TARN_API tarnStatus tarnDtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnDouble alpha,
+                              tarnDouble* a, int lda, tarnDouble* b, int ldb);
+TARN_API tarnStatus tarnCtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloatComplex alpha,
+                              tarnFloatComplex* a, int lda, tarnFloatComplex* b, int ldb);
+TARN_API tarnStatus tarnZtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnDoubleComplex alpha,
+                              tarnDoubleComplex* a, int lda, tarnDoubleComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceStrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloat alpha,
+                                    tarnDeviceFloat* a, int lda, tarnDeviceFloat* b, int ldb);
+TARN_API tarnStatus tarnDeviceDtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnDouble alpha,
+                                    tarnDeviceDouble* a, int lda, tarnDeviceDouble* b, int ldb);
+TARN_API tarnStatus tarnDeviceCtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceZtrsm(char side, char uplo, char transa, char diag, int m, int n,
+                                    tarnDoubleComplex alpha, tarnDeviceDoubleComplex* a, int lda,
+                                    tarnDeviceDoubleComplex* b, int ldb);
+
+/**
+ * trmm: B := alpha op(A) B (side "L") or alpha B op(A) (side "R") for a triangular A.
+ *
+ *   side     "L": A is m by m, "R": A is n by n
+ *   uplo     "U" or "L": the triangle of A that is read;  diag  "U": the diagonal counts as ones and is not read
+ *   transa   op(A) = A ("N"), A^T ("T") or A^H ("C")
+ *   m, n     rows and columns of B;  lda >= max(1, order of A), ldb >= max(1, m)
+ *   b        in: B; out: the product
+ *
+ * tarnArgumentError: -1 side, -2 uplo, -3 transa, -4 diag, -5 m, -6 n, -8 a, -9 lda, -10 b, -11 ldb; null arrays count
+ * only if m and n are non-zero. Work: m^2 n or m n^2 flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnStrmm(char side, char uplo, char transa, char diag, int m, int n, tarnFloat alpha, tarnFloat* a,
+                              int lda, tarnFloat* b, int ldb);
+TARN_API tarnStatus tarnDtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnDouble alpha,
+                              tarnDouble* a, int lda, tarnDouble* b, int ldb);
+TARN_API tarnStatus tarnCtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnFloatComplex alpha,
+                              tarnFloatComplex* a, int lda, tarnFloatComplex* b, int ldb);
+TARN_API tarnStatus tarnZtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnDoubleComplex alpha,
+                              tarnDoubleComplex* a, int lda, tarnDoubleComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceStrmm(char side, char uplo, char transa, char diag, int m, int n, tarnFloat alpha,
+                                    tarnDeviceFloat* a, int lda, tarnDeviceFloat* b, int ldb);
+TARN_API tarnStatus tarnDeviceDtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnDouble alpha,
+                                    tarnDeviceDouble* a, int lda, tarnDeviceDouble* b, int ldb);
+TARN_API tarnStatus tarnDeviceCtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceZtrmm(char side, char uplo, char transa, char diag, int m, int n, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb);
+
+/**
+ * symm, hemm: C := alpha A B + beta C (side "L") or alpha B A + beta C (side "R"), A symmetric (symm) or Hermitian
+ * (hemm).
+ *
+ *   side   "L": A is m by m, "R": A is n by n
+ *   uplo   "U" or "L": the triangle of A that is read; the diagonal of a Hermitian A counts as real
+ *   m, n   rows and columns of B and C;  lda >= order of A, ldb >= m
+ *   c      ldc >= m; not read where beta is 0
+ *
+ * tarnArgumentError: -1 side, -2 uplo, -3 m, -4 n, -6 a, -7 lda, -8 b, -9 ldb, -11 c, -12 ldc; null arrays count only
+ * if m and n are non-zero. Work: 2 m^2 n or 2 m n^2 flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSsymm(char side, char uplo, int m, int n, tarnFloat alpha, tarnFloat* a, int lda, tarnFloat* b,
+                              int ldb, tarnFloat beta, tarnFloat* c, int ldc);
+TARN_API tarnStatus tarnDsymm(char side, char uplo, int m, int n, tarnDouble alpha, tarnDouble* a, int lda,
+                              tarnDouble* b, int ldb, tarnDouble beta, tarnDouble* c, int ldc);
+TARN_API tarnStatus tarnCsymm(char side, char uplo, int m, int n, tarnFloatComplex alpha, tarnFloatComplex* a, int lda,
+                              tarnFloatComplex* b, int ldb, tarnFloatComplex beta, tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZsymm(char side, char uplo, int m, int n, tarnDoubleComplex alpha, tarnDoubleComplex* a,
+                              int lda, tarnDoubleComplex* b, int ldb, tarnDoubleComplex beta, tarnDoubleComplex* c,
+                              int ldc);
+TARN_API tarnStatus tarnChemm(char side, char uplo, int m, int n, tarnFloatComplex alpha, tarnFloatComplex* a, int lda,
+                              tarnFloatComplex* b, int ldb, tarnFloatComplex beta, tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZhemm(char side, char uplo, int m, int n, tarnDoubleComplex alpha, tarnDoubleComplex* a,
+                              int lda, tarnDoubleComplex* b, int ldb, tarnDoubleComplex beta, tarnDoubleComplex* c,
+                              int ldc);
+TARN_API tarnStatus tarnDeviceSsymm(char side, char uplo, int m, int n, tarnFloat alpha, tarnDeviceFloat* a, int lda,
+                                    tarnDeviceFloat* b, int ldb, tarnFloat beta, tarnDeviceFloat* c, int ldc);
+TARN_API tarnStatus tarnDeviceDsymm(char side, char uplo, int m, int n, tarnDouble alpha, tarnDeviceDouble* a, int lda,
+                                    tarnDeviceDouble* b, int ldb, tarnDouble beta, tarnDeviceDouble* c, int ldc);
+TARN_API tarnStatus tarnDeviceCsymm(char side, char uplo, int m, int n, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb,
+                                    tarnFloatComplex beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZsymm(char side, char uplo, int m, int n, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
+                                    tarnDoubleComplex beta, tarnDeviceDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceChemm(char side, char uplo, int m, int n, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb,
+                                    tarnFloatComplex beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZhemm(char side, char uplo, int m, int n, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
+                                    tarnDoubleComplex beta, tarnDeviceDoubleComplex* c, int ldc);
+
+/**
+ * syrk, herk: a rank k update of one triangle of a symmetric or Hermitian C of order n.
+ *
+ *   syrk   C := alpha A A^T + beta C ("N") or alpha A^T A + beta C ("T")
+ *   herk   C := alpha A A^H + beta C ("N") or alpha A^H A + beta C ("C"; "T" means the same), alpha and beta real
+ *
+ *   uplo   "U" or "L": the triangle of C that is read and written
+ *   trans  "N" or "T", for herk "N", "T" or "C": which of the two
+ *   n, k   A is n by k for "N", else k by n, lda >= max(1, rows of A)
+ *   c      ldc >= max(1, n); the triangle counts as zero where beta is 0. herk leaves its diagonal real
+ *
+ * tarnArgumentError: -1 uplo, -2 trans, -3 n, -4 k, -6 a, -7 lda, -9 c, -10 ldc; null arrays count only if n and k are
+ * non-zero. Work: n^2 k flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSsyrk(char uplo, char trans, int n, int k, tarnFloat alpha, tarnFloat* a, int lda,
+                              tarnFloat beta, tarnFloat* c, int ldc);
+TARN_API tarnStatus tarnDsyrk(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDouble* a, int lda,
+                              tarnDouble beta, tarnDouble* c, int ldc);
+TARN_API tarnStatus tarnCsyrk(char uplo, char trans, int n, int k, tarnFloatComplex alpha, tarnFloatComplex* a, int lda,
+                              tarnFloatComplex beta, tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZsyrk(char uplo, char trans, int n, int k, tarnDoubleComplex alpha, tarnDoubleComplex* a,
+                              int lda, tarnDoubleComplex beta, tarnDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnCherk(char uplo, char trans, int n, int k, tarnFloat alpha, tarnFloatComplex* a, int lda,
+                              tarnFloat beta, tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZherk(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDoubleComplex* a, int lda,
+                              tarnDouble beta, tarnDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceSsyrk(char uplo, char trans, int n, int k, tarnFloat alpha, tarnDeviceFloat* a, int lda,
+                                    tarnFloat beta, tarnDeviceFloat* c, int ldc);
+TARN_API tarnStatus tarnDeviceDsyrk(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDeviceDouble* a, int lda,
+                                    tarnDouble beta, tarnDeviceDouble* c, int ldc);
+TARN_API tarnStatus tarnDeviceCsyrk(char uplo, char trans, int n, int k, tarnFloatComplex alpha,
+                                    tarnDeviceFloatComplex* a, int lda, tarnFloatComplex beta,
+                                    tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZsyrk(char uplo, char trans, int n, int k, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDoubleComplex beta,
+                                    tarnDeviceDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceCherk(char uplo, char trans, int n, int k, tarnFloat alpha, tarnDeviceFloatComplex* a,
+                                    int lda, tarnFloat beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZherk(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDeviceDoubleComplex* a,
+                                    int lda, tarnDouble beta, tarnDeviceDoubleComplex* c, int ldc);
+
+/**
+ * syr2k, her2k: a rank 2k update of one triangle of a symmetric or Hermitian C of order n.
+ *
+ *   syr2k  C := alpha A B^T + alpha B A^T + beta C ("N") or alpha A^T B + alpha B^T A + beta C ("T")
+ *   her2k  C := alpha A B^H + conj(alpha) B A^H + beta C ("N") or
+ *          alpha A^H B + conj(alpha) B^H A + beta C ("C"), beta real
+ *
+ *   uplo   "U" or "L": the triangle of C that is read and written
+ *   trans  "N" or "T" for syr2k, "N" or "C" for her2k: which of the two
+ *   n, k   A and B are n by k for "N", else k by n, lda >= rows of A, ldb >= rows of B
+ *   c      ldc >= n; the triangle counts as zero where beta is 0. her2k leaves its diagonal real
+ *
+ * tarnArgumentError: -1 uplo, -2 trans, -3 n, -4 k, -6 a, -7 lda, -8 b, -9 ldb, -11 c, -12 ldc; null arrays count only
+ * if n and k are non-zero. Work: 2 n^2 k flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSsyr2k(char uplo, char trans, int n, int k, tarnFloat alpha, tarnFloat* a, int lda,
+                               tarnFloat* b, int ldb, tarnFloat beta, tarnFloat* c, int ldc);
+TARN_API tarnStatus tarnDsyr2k(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDouble* a, int lda,
+                               tarnDouble* b, int ldb, tarnDouble beta, tarnDouble* c, int ldc);
+TARN_API tarnStatus tarnCsyr2k(char uplo, char trans, int n, int k, tarnFloatComplex alpha, tarnFloatComplex* a,
+                               int lda, tarnFloatComplex* b, int ldb, tarnFloatComplex beta, tarnFloatComplex* c,
+                               int ldc);
+TARN_API tarnStatus tarnZsyr2k(char uplo, char trans, int n, int k, tarnDoubleComplex alpha, tarnDoubleComplex* a,
+                               int lda, tarnDoubleComplex* b, int ldb, tarnDoubleComplex beta, tarnDoubleComplex* c,
+                               int ldc);
+TARN_API tarnStatus tarnCher2k(char uplo, char trans, int n, int k, tarnFloatComplex alpha, tarnFloatComplex* a,
+                               int lda, tarnFloatComplex* b, int ldb, tarnFloat beta, tarnFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnZher2k(char uplo, char trans, int n, int k, tarnDoubleComplex alpha, tarnDoubleComplex* a,
+                               int lda, tarnDoubleComplex* b, int ldb, tarnDouble beta, tarnDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceSsyr2k(char uplo, char trans, int n, int k, tarnFloat alpha, tarnDeviceFloat* a, int lda,
+                                     tarnDeviceFloat* b, int ldb, tarnFloat beta, tarnDeviceFloat* c, int ldc);
+TARN_API tarnStatus tarnDeviceDsyr2k(char uplo, char trans, int n, int k, tarnDouble alpha, tarnDeviceDouble* a,
+                                     int lda, tarnDeviceDouble* b, int ldb, tarnDouble beta, tarnDeviceDouble* c,
+                                     int ldc);
+TARN_API tarnStatus tarnDeviceCsyr2k(char uplo, char trans, int n, int k, tarnFloatComplex alpha,
+                                     tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb,
+                                     tarnFloatComplex beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZsyr2k(char uplo, char trans, int n, int k, tarnDoubleComplex alpha,
+                                     tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
+                                     tarnDoubleComplex beta, tarnDeviceDoubleComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceCher2k(char uplo, char trans, int n, int k, tarnFloatComplex alpha,
+                                     tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb,
+                                     tarnFloat beta, tarnDeviceFloatComplex* c, int ldc);
+TARN_API tarnStatus tarnDeviceZher2k(char uplo, char trans, int n, int k, tarnDoubleComplex alpha,
+                                     tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
+                                     tarnDouble beta, tarnDeviceDoubleComplex* c, int ldc);
+
+/* ---- BLAS level 2 --------------------------------------------------------------------------------------------------*/
+
+/**
+ * gemv: y := alpha op(A) x + beta y, op(A) = A ("N"), A^T ("T") or A^H ("C").
+ *
+ *   m, n   A is m by n as stored, lda >= max(1, m)
+ *   x      n elements for "N", else m, incx apart; a negative increment counts from the far end of the array
+ *   y      m elements for "N", else n, incy apart likewise; not read where beta is 0
+ *
+ * With m or n 0 y is left alone, whatever beta is.
+ *
+ * tarnArgumentError: -1 trans, -2 m, -3 n, -5 a is null, -6 lda, -7 x is null, -10 y is null. An increment of 0 ends in
+ * tarnBlasError with info 7, cuBLAS' invalid value. Work: 2 m n flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgemv(char trans, int m, int n, tarnFloat alpha, tarnFloat* a, int lda, tarnFloat* x, int incx,
+                              tarnFloat beta, tarnFloat* y, int incy);
+TARN_API tarnStatus tarnDgemv(char trans, int m, int n, tarnDouble alpha, tarnDouble* a, int lda, tarnDouble* x,
+                              int incx, tarnDouble beta, tarnDouble* y, int incy);
+TARN_API tarnStatus tarnCgemv(char trans, int m, int n, tarnFloatComplex alpha, tarnFloatComplex* a, int lda,
+                              tarnFloatComplex* x, int incx, tarnFloatComplex beta, tarnFloatComplex* y, int incy);
+TARN_API tarnStatus tarnZgemv(char trans, int m, int n, tarnDoubleComplex alpha, tarnDoubleComplex* a, int lda,
+                              tarnDoubleComplex* x, int incx, tarnDoubleComplex beta, tarnDoubleComplex* y, int incy);
+TARN_API tarnStatus tarnDeviceSgemv(char trans, int m, int n, tarnFloat alpha, tarnDeviceFloat* a, int lda,
+                                    tarnDeviceFloat* x, int incx, tarnFloat beta, tarnDeviceFloat* y, int incy);
+TARN_API tarnStatus tarnDeviceDgemv(char trans, int m, int n, tarnDouble alpha, tarnDeviceDouble* a, int lda,
+                                    tarnDeviceDouble* x, int incx, tarnDouble beta, tarnDeviceDouble* y, int incy);
+TARN_API tarnStatus tarnDeviceCgemv(char trans, int m, int n, tarnFloatComplex alpha, tarnDeviceFloatComplex* a,
+                                    int lda, tarnDeviceFloatComplex* x, int incx, tarnFloatComplex beta,
+                                    tarnDeviceFloatComplex* y, int incy);
+TARN_API tarnStatus tarnDeviceZgemv(char trans, int m, int n, tarnDoubleComplex alpha, tarnDeviceDoubleComplex* a,
+                                    int lda, tarnDeviceDoubleComplex* x, int incx, tarnDoubleComplex beta,
+                                    tarnDeviceDoubleComplex* y, int incy);
+
+/**
+ * symv, hemv: y := alpha A x + beta y, A symmetric (symv) or Hermitian (hemv) of order n.
+ *
+ *   uplo   "U" or "L": the triangle of A that is read; the diagonal of a Hermitian A counts as real
+ *   n      order of A, lda >= max(1, n)
+ *   x, y   n elements each, incx and incy apart; y is not read where beta is 0
+ *
+ * From order 1200 on, on devices of capability 2.0 and more, sums are formed in an order that varies: the last bits of
+ * y may differ from call to call. Older devices need n^2 / 32 elements of workspace instead.
+ *
+ * tarnArgumentError: -1 uplo, -2 n, -4 a is null, -5 lda, -6 x is null, -9 y is null. tarnFeatureNotImplemented: incx
+ * or incy is below 1. Work: 2 n^2 flops (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSsymv(char uplo, int n, tarnFloat alpha, tarnFloat* a, int lda, tarnFloat* x, int incx,
+                              tarnFloat beta, tarnFloat* y, int incy);
+TARN_API tarnStatus tarnDsymv(char uplo, int n, tarnDouble alpha, tarnDouble* a, int lda, tarnDouble* x, int incx,
+                              tarnDouble beta, tarnDouble* y, int incy);
+TARN_API tarnStatus tarnChemv(char uplo, int n, tarnFloatComplex alpha, tarnFloatComplex* a, int lda,
+                              tarnFloatComplex* x, int incx, tarnFloatComplex beta, tarnFloatComplex* y, int incy);
+TARN_API tarnStatus tarnZhemv(char uplo, int n, tarnDoubleComplex alpha, tarnDoubleComplex* a, int lda,
+                              tarnDoubleComplex* x, int incx, tarnDoubleComplex beta, tarnDoubleComplex* y, int incy);
+TARN_API tarnStatus tarnDeviceSsymv(char uplo, int n, tarnFloat alpha, tarnDeviceFloat* a, int lda, tarnDeviceFloat* x,
+                                    int incx, tarnFloat beta, tarnDeviceFloat* y, int incy);
+TARN_API tarnStatus tarnDeviceDsymv(char uplo, int n, tarnDouble alpha, tarnDeviceDouble* a, int lda,
+                                    tarnDeviceDouble* x, int incx, tarnDouble beta, tarnDeviceDouble* y, int incy);
+TARN_API tarnStatus tarnDeviceChemv(char uplo, int n, tarnFloatComplex alpha, tarnDeviceFloatComplex* a, int lda,
+                                    tarnDeviceFloatComplex* x, int incx, tarnFloatComplex beta,
+                                    tarnDeviceFloatComplex* y, int incy);
+TARN_API tarnStatus tarnDeviceZhemv(char uplo, int n, tarnDoubleComplex alpha, tarnDeviceDoubleComplex* a, int lda,
+                                    tarnDeviceDoubleComplex* x, int incx, tarnDoubleComplex beta,
+                                    tarnDeviceDoubleComplex* y, int incy);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

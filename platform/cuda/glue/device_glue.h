@@ -1,0 +1,31 @@
+// What the library needs of a provider beyond the calls of the CUDA runtime and cuBLAS. Here: the CUDA toolkit.
+#pragma once
+
+#include <cuda_runtime.h>
+
+#include <cassert>
+
+namespace tarn::platform {
+
+/// True if the device can copy between host and device while a kernel runs.
+inline bool overlapsCopies(const cudaDeviceProp& properties)
+{
+#if CUDART_VERSION >= 13000
+    return properties.asyncEngineCount != 0;
+#else
+    return properties.deviceOverlap != 0;
+#endif
+}
+
+#ifdef __CUDACC__
+/// Queues Kernel, written for blocks of the shape Shape (a tarn::Block), on the default stream. A refused launch leaves
+/// its code in the CUDA error state of the thread.
+template <auto Kernel, class Shape, class... Args>
+void launch(dim3 grid, [[maybe_unused]] dim3 block, Args... args)
+{
+    assert(block.x == Shape::x && block.y == Shape::y && block.z == 1);
+    Kernel<<<grid, dim3(Shape::x, Shape::y)>>>(args...);
+}
+#endif
+
+} // namespace tarn::platform

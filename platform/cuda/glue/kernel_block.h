@@ -1,0 +1,69 @@
+// The thread block of a kernel on a GPU: every phase is run by each thread for itself.
+#pragma once
+
+namespace tarn {
+
+/// A block of X by Y threads. `each` runs one phase, `sync` separates phases that communicate.
+template <int X, int Y = 1>
+struct Block
+{
+    static constexpr int x = X, y = Y, threads = X * Y;
+
+    /// phase(tx, ty) for every thread of the block.
+    template <class Phase>
+    __device__ __forceinline__ void each(Phase&& phase) const
+    {
+        phase(int(threadIdx.x), int(threadIdx.y));
+    }
+
+    /// As each. A CPU runs along ty instead of tx: for phases whose memory is contiguous in ty.
+    template <class Phase>
+    __device__ __forceinline__ void eachAlongY(Phase&& phase) const
+    {
+        each(phase);
+    }
+
+    __device__ __forceinline__ void sync() const { __syncthreads(); }
+};
+
+template <int X>
+struct Block<X, 1>
+{
+    static constexpr int x = X, y = 1, threads = X;
+
+    /// phase(t) for every thread of the block.
+    template <class Phase>
+    __device__ __forceinline__ void each(Phase&& phase) const
+    {
+        phase(int(threadIdx.x));
+    }
+
+    /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
+    template <int W, class Phase>
+    __device__ __forceinline__ void each(Phase&& phase) const
+    {
+        phase(int(threadIdx.x) % W, int(threadIdx.x) / W);
+    }
+
+    /// As each in rows of W. A CPU runs along ty instead of tx: for phases whose memory is contiguous in ty.
+    template <int W, class Phase>
+    __device__ __forceinline__ void eachAlongY(Phase&& phase) const
+    {
+        each<W>(phase);
+    }
+
+    __device__ __forceinline__ void sync() const { __syncthreads(); }
+};
+
+/// A register of each of the N threads of a block that lives from one phase to the next.
+template <class T, int N>
+struct Private
+{
+    /// The register of thread t, which must be the thread that asks.
+    __device__ __forceinline__ T& operator[](int) { return value_; }
+
+private:
+    T value_;
+};
+
+} // namespace tarn

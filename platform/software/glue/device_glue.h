@@ -1,0 +1,58 @@
+// What the library needs of a provider beyond the calls of the CUDA runtime and cuBLAS. Here: the software device.
+#pragma once
+
+#include <cuda_runtime.h>
+#include <softdev.h>
+
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+
+namespace tarn::platform {
+
+/// True if the device can copy between host and device while a kernel runs.
+inline bool overlapsCopies(const cudaDeviceProp& properties) { return properties.asyncEngineCount != 0; }
+
+/// The kernel's name as the call log shows it: what the compiler calls the template argument of this function, without
+/// its namespaces and parameters.
+template <auto Kernel>
+std::string kernelName()
+{
+    std::string_view name = __PRETTY_FUNCTION__;
+    name.remove_prefix(name.find("Kernel = ") + std::string_view("Kernel = ").size());
+    name = name.substr(0, name.find_first_of("<(;]"));
+    const auto scope = name.rfind(':');
+    return std::string(scope == std::string_view::npos ? name : name.substr(scope + 1));
+}
+
+/// A launch argument as the device side sees it: device addresses in the writable view, all else as it is.
+template <class T>
+T onDevice(T argument, cudaError_t& result)
+{
+    if constexpr (std::is_pointer_v<T>) {
+        void* view = nullptr;
+        if (const cudaError_t code = softdevDeviceView(argument, &view); code != cudaSuccess)
+            result = code;
+        return static_cast<T>(view);
+    } else {
+        return argument;
+    }
+}
+
+/// Queues Kernel, written for blocks of the shape Shape (a tarn::Block), on the default stream. A refused launch leaves
+/// its code in the CUDA error state of the thread.
+template <auto Kernel, class Shape, class... Args>
+void launch(dim3 grid, dim3 block, Args... args)
+{
+    cudaError_t result = cudaSuccess;
+    const std::tuple<Args...> views{onDevice(args, result)...};
+    if (result != cudaSuccess) {
+        softdevFail(result);
+        return;
+    }
+    static const std::string name = kernelName<Kernel>();
+    softdevLaunch(name.c_str(), grid, block, dim3(Shape::x, Shape::y), [views] { std::apply(Kernel, views); });
+}
+
+} // namespace tarn::platform

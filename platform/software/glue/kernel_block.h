@@ -1,0 +1,78 @@
+// The thread block of a kernel on the software device: one host thread runs a phase for all threads of the block.
+#pragma once
+
+namespace tarn {
+
+/// A block of X by Y threads. `each` runs one phase, `sync` separates phases that communicate.
+/// Threads of one phase do not communicate, so the loop over them may run in any order and in vectors.
+template <int X, int Y = 1>
+struct Block
+{
+    static constexpr int x = X, y = Y, threads = X * Y;
+
+    /// phase(tx, ty) for every thread of the block.
+    template <class Phase>
+    inline __attribute__((always_inline)) void each(Phase&& phase) const
+    {
+        for (int ty = 0; ty < Y; ++ty)
+#pragma GCC ivdep
+            for (int tx = 0; tx < X; ++tx)
+                phase(tx, ty);
+    }
+
+    /// As each, along ty: for phases whose memory is contiguous in ty.
+    template <class Phase>
+    inline __attribute__((always_inline)) void eachAlongY(Phase&& phase) const
+    {
+        for (int tx = 0; tx < X; ++tx)
+#pragma GCC ivdep
+            for (int ty = 0; ty < Y; ++ty)
+                phase(tx, ty);
+    }
+
+    void sync() const {}
+};
+
+template <int X>
+struct Block<X, 1>
+{
+    static constexpr int x = X, y = 1, threads = X;
+
+    /// phase(t) for every thread of the block.
+    template <class Phase>
+    inline __attribute__((always_inline)) void each(Phase&& phase) const
+    {
+#pragma GCC ivdep
+        for (int t = 0; t < X; ++t)
+            phase(t);
+    }
+
+    /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
+    template <int W, class Phase>
+    inline __attribute__((always_inline)) void each(Phase&& phase) const
+    {
+        Block<W, X / W>().each(phase);
+    }
+
+    /// As each in rows of W, along ty: for phases whose memory is contiguous in ty.
+    template <int W, class Phase>
+    inline __attribute__((always_inline)) void eachAlongY(Phase&& phase) const
+    {
+        Block<W, X / W>().eachAlongY(phase);
+    }
+
+    void sync() const {}
+};
+
+/// A register of each of the N threads of a block that lives from one phase to the next.
+template <class T, int N>
+struct Private
+{
+    /// The register of thread t, which must be the thread that asks.
+    T& operator[](int t) { return values_[t]; }
+
+private:
+    T values_[N];
+};
+
+} // namespace tarn

@@ -1,0 +1,86 @@
+#pragma once
+/// What a kernel's source needs of the software device: the function qualifiers, the block's coordinates, atomics and
+/// bit casts. A kernel is an ordinary function that runs once per block, so a `__shared__` array is one of its locals,
+/// and there is no threadIdx: the threads of a block are a loop of the kernel vocabulary.
+
+#include <cstring>
+
+#include "cuda_runtime.h"
+
+#define __global__
+#define __device__
+#define __host__
+#define __shared__
+#define __forceinline__ __inline__ __attribute__((always_inline))
+#define __launch_bounds__(...)
+
+/// Coordinates of the block that the calling thread runs.
+struct SoftBlock
+{
+    uint3 blockIdx;
+    dim3 blockDim;
+    dim3 gridDim;
+};
+
+/// The calling thread's block. The launcher sets it before each block; outside a kernel it is the last block that the
+/// thread ran.
+#pragma GCC visibility push(default)
+extern "C" SoftBlock& tarnSoftBlock() noexcept __attribute__((const));
+#pragma GCC visibility pop
+
+#define blockIdx (tarnSoftBlock().blockIdx)
+#define blockDim (tarnSoftBlock().blockDim)
+#define gridDim (tarnSoftBlock().gridDim)
+
+/// Adds `value` to `*address` atomically; returns what stood there before.
+template <class T, class = decltype(T{} + T{})>
+inline T softAtomicAdd(T* address, T value)
+{
+    T seen, sum;
+    __atomic_load(address, &seen, __ATOMIC_RELAXED);
+    do {
+        sum = seen + value;
+    } while (!__atomic_compare_exchange(address, &seen, &sum, true, __ATOMIC_RELAXED, __ATOMIC_RELAXED));
+    return seen;
+}
+
+inline float atomicAdd(float* address, float value)
+{
+    return softAtomicAdd(address, value);
+}
+
+inline double atomicAdd(double* address, double value)
+{
+    return softAtomicAdd(address, value);
+}
+
+/// Stores max(*address, value) atomically; returns what stood there before.
+inline int atomicMax(int* address, int value)
+{
+    int seen = __atomic_load_n(address, __ATOMIC_RELAXED);
+    while (seen < value &&
+           !__atomic_compare_exchange_n(address, &seen, value, true, __ATOMIC_RELAXED, __ATOMIC_RELAXED)) {
+    }
+    return seen;
+}
+
+/// Stores `value` where `compare` stood; returns what stood there before.
+inline unsigned long long atomicCAS(unsigned long long* address, unsigned long long compare, unsigned long long value)
+{
+    __atomic_compare_exchange_n(address, &compare, value, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
+    return compare;
+}
+
+inline long long __double_as_longlong(double x)
+{
+    long long bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    return bits;
+}
+
+inline double __longlong_as_double(long long bits)
+{
+    double x;
+    std::memcpy(&x, &bits, sizeof x);
+    return x;
+}

@@ -1,0 +1,164 @@
+#include "machine.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include "checks.hpp"
+
+namespace tarn::soft {
+
+namespace {
+
+struct CurrentDevice
+{
+    unsigned generation;
+    int index;
+};
+
+thread_local CurrentDevice currentDevice{0, 0};
+
+std::atomic<bool> machineIsGone{false};
+Machine theMachine;
+
+} // namespace
+
+Machine& machine()
+{
+    return theMachine;
+}
+
+bool unloaded()
+{
+    return machineIsGone.load(std::memory_order_relaxed);
+}
+
+Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex, bool hold)
+    : record(deviceRecord), index(deviceIndex), memory(deviceRecord.memory)
+{
+    queue.setHold(hold);
+}
+
+cudaDeviceProp Device::properties() const
+{
+    cudaDeviceProp prop{};
+    std::strncpy(prop.name, record.name.c_str(), sizeof prop.name - 1);
+    prop.totalGlobalMem = record.memory;
+    prop.sharedMemPerBlock = 48 * 1024;
+    prop.regsPerBlock = 65536;
+    prop.warpSize = 32;
+    prop.memPitch = maxCopyPitch;
+    prop.maxThreadsPerBlock = 1024;
+    const int maxThreadsDim[3] = {1024, 1024, 64};
+    std::copy(std::begin(maxThreadsDim), std::end(maxThreadsDim), prop.maxThreadsDim);
+    std::copy(std::begin(record.maxGrid), std::end(record.maxGrid), prop.maxGridSize);
+    prop.major = record.major;
+    prop.minor = record.minor;
+    prop.multiProcessorCount = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    prop.asyncEngineCount = record.asyncEngines;
+    return prop;
+}
+
+void Device::submit(Work work)
+{
+    const Ticket ticket = queue.submit(std::move(work));
+    Ticket last = lastDefault_;
+    while (last < ticket && !lastDefault_.compare_exchange_weak(last, ticket)) {
+    }
+}
+
+Machine::Machine() : hold_(checked)
+{
+    setDevices({softdevDefaultDevice()});
+}
+
+Machine::~Machine()
+{
+    machineIsGone = true;
+}
+
+int Machine::deviceCount()
+{
+    const std::lock_guard lock(mutex_);
+    return static_cast<int>(slots_.size());
+}
+
+Device* Machine::device(int index)
+{
+    if (index < 0 || index >= static_cast<int>(slots_.size()))
+        return nullptr;
+    Slot& slot = *slots_[static_cast<std::size_t>(index)];
+    if (Device* ready = slot.device.load(std::memory_order_acquire))
+        return ready;
+    const std::lock_guard lock(mutex_);
+    if (!slot.owned) {
+        slot.owned = std::make_unique<Device>(slot.record, index, hold_);
+        slot.device.store(slot.owned.get(), std::memory_order_release);
+    }
+    return slot.owned.get();
+}
+
+int Machine::currentIndex() const
+{
+    return currentDevice.generation == generation_.load(std::memory_order_relaxed) ? currentDevice.index : 0;
+}
+
+void Machine::setCurrent(int index)
+{
+    currentDevice = {generation_.load(std::memory_order_relaxed), index};
+}
+
+template <class Visit>
+void Machine::forDevices(const Visit& visit)
+{
+    for (const auto& slot : slots_)
+        if (Device* device = slot->device.load(std::memory_order_acquire))
+            visit(*device);
+}
+
+Device* Machine::owner(const void* address)
+{
+    Device* found = nullptr;
+    forDevices([&](Device& device) {
+        if (device.memory.arena().owns(address))
+            found = &device;
+    });
+    return found;
+}
+
+bool Machine::touchesDevice(const void* address, std::size_t bytes)
+{
+    bool touches = false;
+    forDevices([&](Device& device) { touches = touches || device.memory.arena().overlaps(address, bytes); });
+    return touches;
+}
+
+void Machine::drain()
+{
+    forDevices([](Device& device) { device.queue.drain(); });
+}
+
+void Machine::forgetExecutionErrors()
+{
+    forDevices([](Device& device) { device.queue.forgetError(); });
+}
+
+void Machine::setHold(bool hold)
+{
+    const std::lock_guard lock(mutex_);
+    hold_ = hold;
+    forDevices([=](Device& device) { device.queue.setHold(hold); });
+}
+
+void Machine::setDevices(const std::vector<SoftdevDevice>& records)
+{
+    const std::lock_guard lock(mutex_);
+    slots_.clear();
+    for (const SoftdevDevice& record : records) {
+        slots_.push_back(std::make_unique<Slot>());
+        slots_.back()->record = record;
+    }
+    ++generation_;
+}
+
+} // namespace tarn::soft

@@ -1,0 +1,215 @@
+#include "queue.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace tarn::soft {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Work that is estimated to take less than this does not wake the device's thread: the switch would cost more than the
+/// overlap can win. It runs in front of longer work, or when somebody waits.
+constexpr std::int64_t worthWaking = 20'000; // ns
+
+/// How long a waiting thread polls before it sleeps. Kept short: the cores belong to the work that it waits for.
+constexpr auto pollTime = std::chrono::microseconds(8);
+
+} // namespace
+
+Queue::~Queue()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+        wake_.notify_all();
+    }
+    if (thread_.joinable())
+        thread_.join();
+}
+
+Ticket Queue::submit(Work work)
+{
+    const std::lock_guard lock(mutex_);
+    const Ticket ticket = ++issued_;
+    pendingCost_ += work.cost;
+    entries_.push_back({ticket, std::move(work)});
+    wakeIfWorthwhile();
+    return ticket;
+}
+
+cudaError_t Queue::runNow(const std::function<void()>& body)
+{
+    Ticket ticket;
+    {
+        std::unique_lock lock(mutex_);
+        ticket = ++issued_;
+        if (!executing_ && entries_.empty()) {
+            executing_ = true;
+            lock.unlock();
+            body();
+            lock.lock();
+            complete(ticket, cudaSuccess);
+            leaveExecutorRole();
+            return takeError(ticket);
+        }
+        entries_.push_back({ticket, {[&] { return body(), cudaSuccess; }, 0, false}});
+    }
+    return wait(ticket);
+}
+
+cudaError_t Queue::wait(Ticket ticket)
+{
+    std::unique_lock lock(mutex_);
+    waitUntilDone(lock, ticket);
+    return takeError(ticket);
+}
+
+cudaError_t Queue::waitAll()
+{
+    std::unique_lock lock(mutex_);
+    const Ticket last = issued_;
+    waitUntilDone(lock, last);
+    return takeError(last);
+}
+
+void Queue::drain()
+{
+    std::unique_lock lock(mutex_);
+    waitUntilDone(lock, issued_);
+}
+
+void Queue::releaseLate()
+{
+    const std::lock_guard lock(mutex_);
+    for (Entry& entry : entries_)
+        entry.work.late = false;
+    urgent_ = !entries_.empty();
+    wakeIfWorthwhile();
+}
+
+void Queue::setHold(bool hold)
+{
+    const std::lock_guard lock(mutex_);
+    hold_ = hold;
+    urgent_ = !entries_.empty();
+    wakeIfWorthwhile();
+}
+
+void Queue::forgetError()
+{
+    const std::lock_guard lock(mutex_);
+    error_ = cudaSuccess;
+}
+
+/// Runs the first entry without the lock. The caller has the role of executor.
+void Queue::executeFront(std::unique_lock<std::mutex>& lock)
+{
+    Entry entry = std::move(entries_.front());
+    entries_.pop_front();
+    urgent_ = urgent_ && !entries_.empty();
+    pendingCost_ -= entry.work.cost;
+    lock.unlock();
+    const cudaError_t result = entry.work.run();
+    entry.work.run = nullptr;
+    lock.lock();
+    complete(entry.ticket, result);
+}
+
+void Queue::complete(Ticket ticket, cudaError_t result)
+{
+    if (result != cudaSuccess && error_ == cudaSuccess) {
+        error_ = result;
+        errorTicket_ = ticket;
+    }
+    completed_ = ticket;
+    if (waiters_ != 0 && ticket >= nextAwaited_) {
+        nextAwaited_ = std::numeric_limits<Ticket>::max();
+        done_.notify_all();
+    }
+}
+
+void Queue::leaveExecutorRole()
+{
+    executing_ = false;
+    if (waiters_ != 0)
+        done_.notify_all();
+    wakeIfWorthwhile();
+}
+
+/// Whether the device's own thread may run the first entry.
+bool Queue::runnable() const
+{
+    return !hold_ && !entries_.empty() && !(entries_.size() == 1 && entries_.front().work.late);
+}
+
+void Queue::wakeIfWorthwhile()
+{
+    if (!executing_ && runnable() && (urgent_ || pendingCost_ >= worthWaking))
+        wakeDeviceThread();
+}
+
+void Queue::wakeDeviceThread()
+{
+    if (!thread_.joinable())
+        thread_ = std::thread([this] { deviceThread(); });
+    if (!std::exchange(awake_, true))
+        wake_.notify_one();
+}
+
+void Queue::deviceThread()
+{
+    std::unique_lock lock(mutex_);
+    while (true) {
+        wake_.wait(lock, [this] { return awake_ || stopping_; });
+        if (stopping_)
+            return;
+        if (!executing_) {
+            executing_ = true;
+            while (!stopping_ && runnable())
+                executeFront(lock);
+            leaveExecutorRole();
+        }
+        awake_ = false;
+    }
+}
+
+/// Executes up to the ticket, or waits while another thread does.
+void Queue::waitUntilDone(std::unique_lock<std::mutex>& lock, Ticket ticket)
+{
+    while (completed_ < ticket) {
+        if (executing_) {
+            waitForExecutor(lock, ticket);
+            continue;
+        }
+        executing_ = true;
+        while (completed_ < ticket)
+            executeFront(lock);
+        leaveExecutorRole();
+    }
+}
+
+/// Waits while another thread executes: until the ticket is done or the role of executor may be free.
+void Queue::waitForExecutor(std::unique_lock<std::mutex>& lock, Ticket ticket)
+{
+    lock.unlock();
+    const auto deadline = Clock::now() + pollTime;
+    while (completed_ < ticket && Clock::now() < deadline) {
+    }
+    lock.lock();
+    ++waiters_;
+    while (executing_ && completed_ < ticket) {
+        nextAwaited_ = std::min(nextAwaited_, ticket);
+        done_.wait(lock);
+    }
+    --waiters_;
+}
+
+cudaError_t Queue::takeError(Ticket ticket)
+{
+    return errorTicket_ <= ticket ? std::exchange(error_, cudaSuccess) : cudaSuccess;
+}
+
+} // namespace tarn::soft

@@ -1,0 +1,252 @@
+#include "blas/cpu.h"
+
+#include "blas/fortran.h"
+#include "blas/letters.h"
+#include "frame/exceptions.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace tarn::cpu {
+
+namespace {
+
+/// The CPU routines of an element type.
+template <class T>
+struct Calls;
+
+template <>
+struct Calls<float>
+{
+    static constexpr auto getrf = sgetrf_;
+    static constexpr auto geqrf = sgeqrf_;
+    static constexpr auto gelqf = sgelqf_;
+    static constexpr auto gerqf = sgerqf_;
+    static constexpr auto gebd2 = sgebd2_;
+    static constexpr auto orgqr = sorgqr_;
+    static constexpr auto orglq = sorglq_;
+    static constexpr auto ormqr = sormqr_;
+    static constexpr auto ormlq = sormlq_;
+    static constexpr auto ormrq = sormrq_;
+    static constexpr auto larfg = slarfg_;
+    static constexpr auto larft = slarft_;
+    static constexpr auto gemv = sgemv_;
+    static constexpr auto axpy = saxpy_;
+    static constexpr auto copy = scopy_;
+    static constexpr auto scal = sscal_;
+};
+
+template <>
+struct Calls<Complex<float>>
+{
+    static constexpr auto getrf = cgetrf_;
+    static constexpr auto geqrf = cgeqrf_;
+    static constexpr auto gelqf = cgelqf_;
+    static constexpr auto gerqf = cgerqf_;
+    static constexpr auto gebd2 = cgebd2_;
+    static constexpr auto orgqr = cungqr_;
+    static constexpr auto orglq = cunglq_;
+    static constexpr auto ormqr = cunmqr_;
+    static constexpr auto ormlq = cunmlq_;
+    static constexpr auto ormrq = cunmrq_;
+    static constexpr auto larfg = clarfg_;
+    static constexpr auto larft = clarft_;
+    static constexpr auto gemv = cgemv_;
+    static constexpr auto axpy = caxpy_;
+    static constexpr auto copy = ccopy_;
+    static constexpr auto scal = cscal_;
+};
+
+template <class T>
+std::unique_ptr<T[]> workspace(int elements)
+{
+    return std::unique_ptr<T[]>(new T[std::max(elements, 1)]);
+}
+
+float realPart(float x) { return x; }
+float realPart(Complex<float> x) { return x.real(); }
+
+/// call(work, lwork, &info), first with lwork = -1 for the size that it wants, then with that many elements.
+template <class T, class Call>
+void withWorkspace(Call&& call, int atLeast = 1)
+{
+    int info = 0;
+    T wanted{};
+    call(&wanted, -1, &info);
+    checkInfo(info);
+    const int lwork = std::max(int(realPart(wanted)), atLeast);
+    const auto work = workspace<T>(lwork);
+    call(work.get(), lwork, &info);
+    checkInfo(info);
+}
+
+/// The common form of geqrf, gelqf and gerqf.
+template <class T, class Routine>
+void factorise(Routine routine, int m, int n, T* a, int lda, T* tau, int atLeast = 1)
+{
+    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); }, atLeast);
+}
+
+/// The common form of orgqr and orglq.
+template <class T, class Routine>
+void generate(Routine routine, int m, int n, int k, T* a, int lda, const T* tau)
+{
+    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, &k, a, &lda, tau, work, &lwork, info); });
+}
+
+/// The common form of ormqr, ormlq and ormrq.
+template <class T, class Routine>
+void multiply(Routine routine, char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c,
+              int ldc)
+{
+    trans = transChar<T>(trans);
+    withWorkspace<T>([&](T* work, int lwork, int* info) {
+        routine(&side, &trans, &m, &n, &k, a, &lda, tau, c, &ldc, work, &lwork, info, 1, 1);
+    });
+}
+
+} // namespace
+
+template <class T>
+void getrf(int m, int n, T* a, int lda, int* ipiv)
+{
+    int info = 0;
+    Calls<T>::getrf(&m, &n, a, &lda, ipiv, &info);
+    checkInfo(info);
+}
+
+template <class T>
+void geqrf(int m, int n, T* a, int lda, T* tau)
+{
+    factorise(Calls<T>::geqrf, m, n, a, lda, tau, n);
+}
+
+template <class T>
+void gelqf(int m, int n, T* a, int lda, T* tau)
+{
+    factorise(Calls<T>::gelqf, m, n, a, lda, tau);
+}
+
+template <class T>
+void gerqf(int m, int n, T* a, int lda, T* tau)
+{
+    factorise(Calls<T>::gerqf, m, n, a, lda, tau);
+}
+
+template <class T>
+void gebd2(int m, int n, T* a, int lda, Real<T>* d, Real<T>* e, T* tauq, T* taup)
+{
+    const auto work = workspace<T>(std::max(m, n));
+    int info = 0;
+    Calls<T>::gebd2(&m, &n, a, &lda, d, e, tauq, taup, work.get(), &info);
+    checkInfo(info);
+}
+
+template <class T>
+void orgqr(int m, int n, int k, T* a, int lda, const T* tau)
+{
+    generate(Calls<T>::orgqr, m, n, k, a, lda, tau);
+}
+
+template <class T>
+void orglq(int m, int n, int k, T* a, int lda, const T* tau)
+{
+    generate(Calls<T>::orglq, m, n, k, a, lda, tau);
+}
+
+template <class T>
+void ormqr(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc)
+{
+    multiply(Calls<T>::ormqr, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+
+template <class T>
+void ormlq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc)
+{
+    multiply(Calls<T>::ormlq, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+
+template <class T>
+void ormrq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc)
+{
+    multiply(Calls<T>::ormrq, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+
+template <class T>
+void larfg(int n, T* alpha, T* x, int incx, T* tau)
+{
+    Calls<T>::larfg(&n, alpha, x, &incx, tau);
+}
+
+template <class T>
+void larft(char direct, char storev, int n, int k, const T* v, int ldv, const T* tau, T* t, int ldt)
+{
+    Calls<T>::larft(&direct, &storev, &n, &k, v, &ldv, tau, t, &ldt, 1, 1);
+}
+
+void lacgv(int n, Complex<float>* x, int incx) { clacgv_(&n, x, &incx); }
+
+void lartg(float f, float g, float* cs, float* sn, float* r) { slartg_(&f, &g, cs, sn, r); }
+
+void las2(float f, float g, float h, float* ssmin, float* ssmax) { slas2_(&f, &g, &h, ssmin, ssmax); }
+
+void lasv2(float f, float g, float h, float* ssmin, float* ssmax, float* snr, float* csr, float* snl, float* csl)
+{
+    slasv2_(&f, &g, &h, ssmin, ssmax, snr, csr, snl, csl);
+}
+
+void lasq1(int n, float* d, float* e)
+{
+    const auto work = workspace<float>(4 * n);
+    int info = 0;
+    slasq1_(&n, d, e, work.get(), &info);
+    checkInfo(info);
+}
+
+template <class T>
+void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy)
+{
+    trans = transChar<T>(trans);
+    Calls<T>::gemv(&trans, &m, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy, 1);
+}
+
+template <class T>
+void axpy(int n, T alpha, const T* x, int incx, T* y, int incy)
+{
+    Calls<T>::axpy(&n, &alpha, x, &incx, y, &incy);
+}
+
+template <class T>
+void copy(int n, const T* x, int incx, T* y, int incy)
+{
+    Calls<T>::copy(&n, x, &incx, y, &incy);
+}
+
+template <class T>
+void scal(int n, T alpha, T* x, int incx)
+{
+    Calls<T>::scal(&n, &alpha, x, &incx);
+}
+
+#define TARN_CPU(T)                                                                                                    \
+    template void getrf(int, int, T*, int, int*);                                                                      \
+    template void geqrf(int, int, T*, int, T*);                                                                        \
+    template void gelqf(int, int, T*, int, T*);                                                                        \
+    template void gerqf(int, int, T*, int, T*);                                                                        \
+    template void gebd2(int, int, T*, int, Real<T>*, Real<T>*, T*, T*);                                                \
+    template void orgqr(int, int, int, T*, int, const T*);                                                             \
+    template void orglq(int, int, int, T*, int, const T*);                                                             \
+    template void ormqr(char, char, int, int, int, const T*, int, const T*, T*, int);                                  \
+    template void ormlq(char, char, int, int, int, const T*, int, const T*, T*, int);                                  \
+    template void ormrq(char, char, int, int, int, const T*, int, const T*, T*, int);                                  \
+    template void larfg(int, T*, T*, int, T*);                                                                         \
+    template void larft(char, char, int, int, const T*, int, const T*, T*, int);                                       \
+    template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);                                   \
+    template void axpy(int, T, const T*, int, T*, int);                                                                \
+    template void copy(int, const T*, int, T*, int);                                                                   \
+    template void scal(int, T, T*, int);
+
+TARN_CPU(float)
+TARN_CPU(Complex<float>)
+
+} // namespace tarn::cpu

@@ -1,0 +1,90 @@
+// The seam to the CPU LAPACK and BLAS: one wrapper per routine, on host memory, for the element types of its line.
+//
+// Arguments are those of the standard routine without workspace and info, by value. The wrapper owns the workspace. A
+// positive info leaves as a data error, a negative one as tarnRuntimeError (checkInfo); the output is complete then.
+#pragma once
+
+#include <tarndev/Complex>
+
+namespace tarn::cpu {
+
+/// A = P L U, A m by n; ipiv gets min(m, n) one-based pivots. A data error names the first zero pivot. S C.
+template <class T>
+void getrf(int m, int n, T* a, int lda, int* ipiv);
+
+/// A = Q R. S C.
+template <class T>
+void geqrf(int m, int n, T* a, int lda, T* tau);
+
+/// A = L Q. S C.
+template <class T>
+void gelqf(int m, int n, T* a, int lda, T* tau);
+
+/// A = R Q. S C.
+template <class T>
+void gerqf(int m, int n, T* a, int lda, T* tau);
+
+/// Unblocked reduction to bidiagonal form, A = Q B P^H. S C.
+template <class T>
+void gebd2(int m, int n, T* a, int lda, Real<T>* d, Real<T>* e, T* tauq, T* taup);
+
+/// The m by n matrix Q of k reflectors as of geqrf (C: ungqr). S C.
+template <class T>
+void orgqr(int m, int n, int k, T* a, int lda, const T* tau);
+
+/// The m by n matrix Q of k reflectors as of gelqf (C: unglq). S C.
+template <class T>
+void orglq(int m, int n, int k, T* a, int lda, const T* tau);
+
+/// C := op(Q) C or C op(Q), Q as of geqrf; "T" and "C" both mean Q^H. S C.
+template <class T>
+void ormqr(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc);
+
+/// As ormqr, Q as of gelqf. S C.
+template <class T>
+void ormlq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc);
+
+/// As ormqr, Q as of gerqf. S C.
+template <class T>
+void ormrq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c, int ldc);
+
+/// An elementary reflector H with H^H (alpha, x) = (beta, 0). S C.
+template <class T>
+void larfg(int n, T* alpha, T* x, int incx, T* tau);
+
+/// The triangular factor T of a block reflector. S C.
+template <class T>
+void larft(char direct, char storev, int n, int k, const T* v, int ldv, const T* tau, T* t, int ldt);
+
+/// Conjugates x. C.
+void lacgv(int n, Complex<float>* x, int incx);
+
+/// A plane rotation with (cs, sn; -sn, cs) (f, g) = (r, 0). S.
+void lartg(float f, float g, float* cs, float* sn, float* r);
+
+/// Singular values of the 2 by 2 triangle (f, g; 0, h). S.
+void las2(float f, float g, float h, float* ssmin, float* ssmax);
+
+/// Singular value decomposition of the 2 by 2 triangle (f, g; 0, h). S.
+void lasv2(float f, float g, float h, float* ssmin, float* ssmax, float* snr, float* csr, float* snl, float* csl);
+
+/// Singular values of the bidiagonal matrix (d, e) of order n, into d. S.
+void lasq1(int n, float* d, float* e);
+
+/// y := alpha op(A) x + beta y; "T" and "C" both mean A^H. S C.
+template <class T>
+void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);
+
+/// y := alpha x + y. S C.
+template <class T>
+void axpy(int n, T alpha, const T* x, int incx, T* y, int incy);
+
+/// y := x. S C.
+template <class T>
+void copy(int n, const T* x, int incx, T* y, int incy);
+
+/// x := alpha x. S C.
+template <class T>
+void scal(int n, T alpha, T* x, int incx);
+
+} // namespace tarn::cpu

@@ -1,0 +1,120 @@
+#include "frame/lifecycle.h"
+
+#include "frame/legacy_cublas.h"
+#include "frame/routine.h"
+#include "memory/memory_pool.h"
+#include "tarn_lapack.h"
+
+#include <boost/thread/lock_guard.hpp>
+#include <boost/thread/mutex.hpp>
+
+#include <atomic>
+#include <cstdlib>
+#include <set>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tarn {
+
+namespace {
+
+std::atomic<bool> initialized{false};
+
+/// Guards what follows; taken before the pool mutex, never after it.
+boost::mutex lifecycleMutex;
+
+/// Threads that have called tarnInitialize and not yet tarnShutdown.
+std::set<int>& threadRegistry()
+{
+    static std::set<int> registry;
+    return registry;
+}
+
+int threadId() { return int(syscall(SYS_gettid)); }
+
+int queryVersion(cudaError_t (*query)(int*))
+{
+    int version = 0;
+    velk::CudaErrorGuard guard;
+    guard.check(query(&version));
+    return version;
+}
+
+bool cudaIsNewEnough()
+{
+    const int runtime = queryVersion(cudaRuntimeGetVersion);
+    if (runtime < tarnGetCudaMinimumVersion())
+        return false;
+    const int driver = queryVersion(cudaDriverGetVersion);
+    return driver >= tarnGetCudaMinimumVersion() && driver >= runtime;
+}
+
+tarnStatus bringUp()
+{
+    if (!cudaIsNewEnough())
+        return tarnInsufficientRuntime;
+    if (supportedDeviceCount() == 0)
+        return tarnNoHardware;
+    if (tarnGetCublasRuntimeVersion() < tarnGetCublasMinimumVersion())
+        return tarnInsufficientRuntime;
+    const cublasStatus_t started = legacyCublasInit();
+    if (started == CUBLAS_STATUS_ALLOC_FAILED)
+        return tarnInsufficientMemory;
+    if (started != CUBLAS_STATUS_SUCCESS)
+        throw velk::CublasException(started);
+    bindThreadDevice();
+    // Lets the OpenMP runtime of some CPU BLAS tolerate a second copy of itself in the process.
+    setenv("KMP_DUPLICATE_LIB_OK", "TRUE", 1);
+    return tarnNoError;
+}
+
+} // namespace
+
+bool isInitialized() noexcept { return initialized.load(std::memory_order_acquire); }
+
+} // namespace tarn
+
+using namespace tarn;
+
+tarnStatus tarnInitialize()
+{
+    tarnSetErrorInfo(0);
+    tarnStatus status = tarnNoError;
+    try {
+        const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
+        threadRegistry().insert(threadId());
+        if (isInitialized())
+            bindThreadDevice();
+        else
+            status = bringUp();
+        finishRoutine();
+        if (status == tarnNoError)
+            initialized = true;
+    } catch (...) {
+        status = translateException();
+    }
+    return record(status);
+}
+
+void tarnShutdown()
+{
+    const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
+    if (!isInitialized())
+        return;
+    threadRegistry().erase(threadId());
+    dropCublasHandles();
+    if (threadRegistry().empty()) {
+        freePools();
+        legacyCublasGetError();
+        legacyCublasShutdown();
+        initialized = false;
+    }
+}
+
+void tarnFreeBuffers()
+{
+    const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
+    if (isInitialized())
+        freePools();
+}

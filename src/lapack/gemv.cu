@@ -1,0 +1,144 @@
+// The transposed matrix-vector product: a dot product of a whole column of A per element of y. Tiles of A go through
+// shared memory, so that A is read along its columns while every thread sums over rows of its own.
+#include "blas/checks.h"
+#include "blas/cublas.h"
+#include "lapack/kernels.h"
+
+#include <lapack/cu/basic>
+
+namespace tarn::kernel {
+
+namespace {
+
+/// Tile width and thread rows of the kernel for an element type. A chunk is the rows that one tile of threads stages.
+template <class T>
+struct GemvShape
+{
+    static constexpr int tile = 16, ty = 8, chunk = tile * ty;
+};
+
+template <>
+struct GemvShape<float>
+{
+    static constexpr int tile = 32, ty = 16, chunk = tile * ty;
+};
+
+/// Shared memory and accumulators of a block. Row c of a tile is column c of A; the odd pitch keeps lanes that read down
+/// the columns of the array on separate banks.
+template <class T, int TILE, int TY>
+struct GemvBlock
+{
+    T (&x)[TILE * TY];
+    T (&a)[TILE][TILE + 1];
+    Private<T, TILE * TY>& acc;
+
+    /// Where thread (tx, ty) keeps its accumulator.
+    static __device__ __forceinline__ constexpr int index(int tx, int ty) { return tx * TY + ty; }
+};
+
+/// acc(tx, ty) += rows 2 ty and 2 ty + 1 of every tile of the chunk that starts at row i0, times x, for column tx. A
+/// bounded chunk takes rows from m on as zero; columns from n on always count as zero.
+template <bool conj, bool bounded, class T, int TILE, int TY>
+__device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, int m, int n, const T* A, int lda,
+                                         const T* x, int incx)
+{
+    const Block<TILE, TY> block;
+    const int j0 = TILE * int(blockIdx.x);
+    block.each([&](int tx, int ty) {
+        const int i = TILE * ty + tx;
+        shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
+    });
+    for (int k = 0; k < TY; ++k) {
+        const int i1 = i0 + k * TILE;
+        block.each([&](int tx, int ty) {
+            for (int q = 0; q < TILE / TY; ++q) {
+                const int c = ty + q * TY;
+                const bool inside = j0 + c < n && (!bounded || i1 + tx < m);
+                shared.a[c][tx] = inside ? conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]) : T(0);
+            }
+        });
+        block.sync();
+        block.eachAlongY([&](int tx, int ty) {
+            T& acc = shared.acc[shared.index(tx, ty)];
+            addProduct(acc, shared.a[tx][2 * ty], shared.x[k * TILE + 2 * ty]);
+            addProduct(acc, shared.a[tx][2 * ty + 1], shared.x[k * TILE + 2 * ty + 1]);
+        });
+        block.sync();
+    }
+}
+
+} // namespace
+
+/// y := alpha A^T x + beta y, or A^H if conj; increments positive. One block per TILE columns of A: no column spans two
+/// blocks, and the order of additions is the same for every grid. mAligned: m without the rows of the last, partial
+/// chunk of TILE * TY rows. y is not read where beta is 0.
+template <class T, int TILE, int TY, bool conj>
+__global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda, T beta, const T* x, int incx, T* y,
+                        int incy)
+{
+    __shared__ T x_smem[TILE * TY];
+    __shared__ T A_smem[TILE][TILE + 1];
+    const Block<TILE, TY> block;
+    Private<T, TILE * TY> acc;
+    const GemvBlock<T, TILE, TY> shared{x_smem, A_smem, acc};
+
+    block.eachAlongY([&](int tx, int ty) { acc[shared.index(tx, ty)] = T(0); });
+    for (int i = 0; i < mAligned; i += TILE * TY)
+        addChunk<conj, false>(shared, i, m, n, A, lda, x, incx);
+    if (mAligned < m)
+        addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
+
+    block.eachAlongY([&](int tx, int ty) { A_smem[tx][ty] = acc[shared.index(tx, ty)]; });
+    block.sync();
+    for (int s = TY / 2; s > 0; s /= 2) {
+        block.eachAlongY([&](int tx, int ty) {
+            if (ty < s)
+                A_smem[tx][ty] += A_smem[tx][ty + s];
+        });
+        block.sync();
+    }
+    const bool readY = beta != T(0);
+    block.each([&](int tx, int ty) {
+        const int j = TILE * int(blockIdx.x) + tx;
+        if (ty == 0 && j < n) {
+            T* const result = y + std::int64_t(j) * incy;
+            T sum = readY ? product(beta, *result) : T(0);
+            addProduct(sum, alpha, A_smem[tx][0]);
+            *result = sum;
+        }
+    });
+}
+
+template <class T>
+void gemv(char trans, int m, int n, T alpha, const T* A, int lda, const T* x, int incx, T beta, T* y, int incy)
+{
+    checkGemv(trans, m, n, A, lda, x, y);
+    if (m == 0 || n == 0 || (alpha == T(0) && beta == T(1)))
+        return;
+    if (trans == 'N' || incx <= 0 || incy <= 0) {
+        cublas::gemv(trans, m, n, alpha, A, lda, x, incx, beta, y, incy);
+        return;
+    }
+    using Shape = GemvShape<T>;
+    using Threads = Block<Shape::tile, Shape::ty>;
+    const dim3 grid((unsigned(n) + Shape::tile - 1) / Shape::tile), block(Shape::tile, Shape::ty);
+    const int mAligned = m / Shape::chunk * Shape::chunk;
+    if (trans == 'C')
+        platform::launch<&gemvt_k<T, Shape::tile, Shape::ty, true>, Threads>(grid, block, m, n, alpha, mAligned, A, lda,
+                                                                             beta, x, incx, y, incy);
+    else
+        platform::launch<&gemvt_k<T, Shape::tile, Shape::ty, false>, Threads>(grid, block, m, n, alpha, mAligned, A, lda,
+                                                                              beta, x, incx, y, incy);
+}
+
+#define TARN_GEMV(T, TILE, TY)                                                                                         \
+    template __global__ void gemvt_k<T, TILE, TY, false>(int, int, T, int, const T*, int, T, const T*, int, T*, int);  \
+    template __global__ void gemvt_k<T, TILE, TY, true>(int, int, T, int, const T*, int, T, const T*, int, T*, int);   \
+    template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);
+
+TARN_GEMV(float, 32, 16)
+TARN_GEMV(double, 16, 8)
+TARN_GEMV(Complex<float>, 16, 8)
+TARN_GEMV(Complex<double>, 16, 8)
+
+} // namespace tarn::kernel

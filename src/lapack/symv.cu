@@ -1,0 +1,332 @@
+// The product of a symmetric or Hermitian matrix with a vector. Every element of the stored triangle is read once and
+// used twice: as A(i, j) for row i of the result, and as its mirror for row j. Partial sums of a block therefore belong to
+// rows of other blocks, and meet either in y, by atomic additions, or in a workspace that a second kernel adds up.
+#include "lapack/kernels.h"
+
+#include <lapack/cu/basic>
+
+#include <type_traits>
+
+namespace tarn::kernel {
+
+namespace {
+
+constexpr int blockOrder = 32;  ///< order of the diagonal block that one block of threads owns
+constexpr int tilePitch = 17;   ///< of tiles of 16 by 16: lanes along either index fall on separate banks
+constexpr int stripePitch = 33; ///< of stripes of 8 columns by 32 rows
+using Line = Block<blockOrder>;
+using Threads = Block<2 * blockOrder>;
+
+/// Shared memory and registers of a block of symv_k. `a` holds a tile or a stripe of A by columns; xCol multiplies its
+/// columns and xRow its rows. acc(t), t below 32, is the result's row t of the diagonal block.
+template <class T>
+struct SymvBlock
+{
+    T (&a)[16 * tilePitch];
+    T (&xCol)[blockOrder];
+    T (&xRow)[blockOrder];
+    Private<T, Threads::threads>& acc;
+};
+
+template <class T>
+__device__ __forceinline__ T conjugate(T x)
+{
+    return conjugateIf<true>(x);
+}
+
+/// acc(off + tx) += the four partial sums of `part` for tx. Ends after a sync.
+template <int off, class T>
+__device__ __forceinline__ void addQuarters(SymvBlock<T> shared, Private<T, Threads::threads>& part)
+{
+    constexpr int tile = 16;
+    const Threads block;
+    T* const a = shared.a;
+    block.each<tile>([&](int tx, int ty) { a[ty * tilePitch + tx] = part[tile * ty + tx]; });
+    block.sync();
+    block.each<tile>([&](int tx, int ty) {
+        if (ty == off / tile) {
+            T sum = a[tx];
+            for (int k = 1; k < 4; ++k)
+                sum += a[k * tilePitch + tx];
+            shared.acc[off + tx] += sum;
+        }
+    });
+    block.sync();
+}
+
+/// Completes a symmetric or Hermitian tile of which one triangle is stored. The diagonal of a Hermitian one is real.
+template <bool lower, class T>
+__device__ __forceinline__ void mirrorTile(T* a)
+{
+    const Threads block;
+    block.each<16>([&](int tx, int ty) {
+        for (int c = ty; c < 16; c += 4) {
+            T& x = a[c * tilePitch + tx];
+            if (lower ? c > tx : c < tx)
+                x = conjugate(a[tx * tilePitch + c]);
+            if constexpr (isComplex<T>)
+                if (c == tx)
+                    x.imag(0);
+        }
+    });
+    block.sync();
+}
+
+/// acc += contribution of the 16 by 16 tile at (rowOff, colOff) of the diagonal block that starts at (i0, i0) of A; a tile
+/// off the diagonal counts a second time as its own mirror.
+template <bool lower, bool bounded, int rowOff, int colOff, class T>
+__device__ __forceinline__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, int lda)
+{
+    constexpr int tile = 16, step = 4;
+    const Threads block;
+    T* const a = shared.a;
+    Private<T, Threads::threads> p;
+
+    block.each<tile>([&](int tx, int ty) {
+        for (int c = ty; c < tile; c += step) {
+            const int i = i0 + rowOff + tx, j = i0 + colOff + c;
+            a[c * tilePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
+        }
+    });
+    block.sync();
+    if constexpr (rowOff == colOff)
+        mirrorTile<lower>(a);
+    block.each<tile>([&](int tx, int ty) {
+        T sum(0);
+        for (int c = ty; c < tile; c += step)
+            addProduct(sum, a[c * tilePitch + tx], shared.xCol[colOff + c]);
+        p[tile * ty + tx] = sum;
+    });
+    if constexpr (rowOff != colOff) {
+        Private<T, Threads::threads> q;
+        block.each<tile>([&](int tx, int ty) {
+            T sum(0);
+            for (int r = ty; r < tile; r += step)
+                addProduct(sum, conjugate(a[tx * tilePitch + r]), shared.xRow[rowOff + r]);
+            q[tile * ty + tx] = sum;
+        });
+        block.sync();
+        addQuarters<colOff>(shared, q);
+    } else {
+        block.sync();
+    }
+    addQuarters<rowOff>(shared, p);
+}
+
+/// Loads the 32 elements of x from i0 on; bounded: zeros from n on.
+template <bool bounded, class T>
+__device__ __forceinline__ void loadX(T* to, int i0, int n, const T* x, int incx)
+{
+    const Threads block;
+    block.each<blockOrder>([&](int tx, int ty) {
+        if (ty == 0)
+            to[tx] = !bounded || i0 + tx < n ? x[std::int64_t(i0 + tx) * incx] : T(0);
+    });
+}
+
+/// The two products with a panel tile M, 32 by 32, that starts at (i0, j0) of A: u = M xCol and v = M^H xRow, for thread
+/// t below 32 in u(t) and v(t). Four stripes of eight columns; a thread sums every second column for one row of u, and
+/// every eighth row for one column of v.
+template <bool bounded, class T>
+__device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, int i0, int j0, int n, const T* A, int lda,
+                                              Private<T, blockOrder>& u, Private<T, blockOrder>& v)
+{
+    constexpr int stripes = 4, width = 8;
+    const Threads block;
+    T* const a = shared.a;
+    Private<T, Threads::threads> p, q[stripes];
+
+    block.each<blockOrder>([&](int tx, int ty) { p[blockOrder * ty + tx] = T(0); });
+    for (int s = 0; s < stripes; ++s) {
+        block.each<blockOrder>([&](int tx, int ty) {
+            for (int c = ty; c < width; c += 2) {
+                const int i = i0 + tx, j = j0 + width * s + c;
+                a[c * stripePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
+            }
+        });
+        block.sync();
+        block.each<blockOrder>([&](int tx, int ty) {
+            for (int c = ty; c < width; c += 2)
+                addProduct(p[blockOrder * ty + tx], a[c * stripePitch + tx], shared.xCol[width * s + c]);
+        });
+        block.eachAlongY<width>([&](int tx, int ty) {
+            T sum(0);
+            for (int r = ty; r < blockOrder; r += width)
+                addProduct(sum, conjugate(a[tx * stripePitch + r]), shared.xRow[r]);
+            q[s][width * tx + ty] = sum;
+        });
+        block.sync();
+    }
+    block.each<width>([&](int tx, int ty) {
+        for (int s = 0; s < stripes; ++s)
+            a[ty * stripePitch + width * s + tx] = q[s][width * tx + ty];
+    });
+    block.sync();
+    block.each<blockOrder>([&](int tx, int ty) {
+        if (ty == 0) {
+            v[tx] = a[tx];
+            for (int w = 1; w < width; ++w)
+                v[tx] += a[w * stripePitch + tx];
+        }
+    });
+    block.sync();
+    block.each<blockOrder>([&](int tx, int ty) { a[ty * stripePitch + tx] = p[blockOrder * ty + tx]; });
+    block.sync();
+    block.each<blockOrder>([&](int tx, int ty) {
+        if (ty == 0) {
+            u[tx] = a[tx];
+            u[tx] += a[stripePitch + tx];
+        }
+    });
+    block.sync();
+}
+
+/// Where the partial sums of a block meet those of others: sumType 0, in y by atomic additions; 1, in the block's row of
+/// the workspace, which no other block touches.
+template <int sumType, class T>
+struct PartialSums
+{
+    T* y;
+    int incy;
+    T* row;
+
+    __device__ __forceinline__ void add(int i, T value) const
+    {
+        if constexpr (sumType == 1) {
+            row[i] += value;
+        } else if constexpr (isComplex<T>) {
+            auto* const parts = reinterpret_cast<Real<T>*>(y + std::int64_t(i) * incy);
+            atomicAdd(parts, value.real());
+            atomicAdd(parts + 1, value.imag());
+        } else {
+            atomicAdd(y + std::int64_t(i) * incy, value);
+        }
+    }
+};
+
+} // namespace
+
+/// y := beta y, before anything is added to it; y is not read where beta is 0.
+template <class T, int sumType>
+__global__ void symv_init_k(int n, T, const T*, int, const T*, int, T beta, T* y, int incy)
+{
+    const Line block;
+    const int i0 = blockOrder * int(blockIdx.x);
+    const bool readY = beta != T(0);
+    block.each([&](int t) {
+        if (i0 + t < n) {
+            T* const result = y + std::int64_t(i0 + t) * incy;
+            *result = readY ? product(beta, *result) : T(0);
+        }
+    });
+}
+
+/// Adds alpha A x to y or to the workspace. Block b owns the diagonal block b and the panels of the stored triangle in its
+/// block column (lower) or block row (upper). uploType 1: lower; boundsType 1: n is a multiple of NB, nothing is tested
+/// against it; sumType: see PartialSums.
+template <class T, int uploType, int boundsType, int sumType, int NB>
+__global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx, T, T* y, int incy, T* work)
+{
+    constexpr bool lower = uploType == 1, bounded = boundsType == 0;
+    __shared__ T aa[16 * tilePitch], xx_n[NB], xx_t[NB];
+    const Threads block;
+    Private<T, Threads::threads> acc;
+    Private<T, NB> u, v;
+    const SymvBlock<T> shared{aa, xx_n, xx_t, acc};
+    const PartialSums<sumType, T> sums{y, incy, work + std::int64_t(blockIdx.x) * n};
+    const int i0 = NB * int(blockIdx.x);
+
+    block.each<NB>([&](int tx, int ty) { acc[NB * ty + tx] = T(0); });
+    loadX<bounded>(xx_n, i0, n, x, incx);
+    loadX<bounded>(xx_t, i0, n, x, incx);
+    block.sync();
+    addDiagonalTile<lower, bounded, 0, 0>(shared, i0, n, A, lda);
+    addDiagonalTile<lower, bounded, lower ? 16 : 0, lower ? 0 : 16>(shared, i0, n, A, lda);
+    addDiagonalTile<lower, bounded, 16, 16>(shared, i0, n, A, lda);
+
+    for (int r0 = i0 + NB; r0 < n; r0 += NB) {
+        loadX<bounded>(lower ? xx_t : xx_n, r0, n, x, incx);
+        block.sync();
+        multiplyPanel<bounded>(shared, lower ? r0 : i0, lower ? i0 : r0, n, A, lda, u, v);
+        block.each<NB>([&](int tx, int ty) {
+            if (ty == 0) {
+                acc[tx] += lower ? v[tx] : u[tx];
+                if (!bounded || r0 + tx < n)
+                    sums.add(r0 + tx, product(alpha, lower ? u[tx] : v[tx]));
+            }
+        });
+    }
+    block.each<NB>([&](int tx, int ty) {
+        if (ty == 0 && (!bounded || i0 + tx < n))
+            sums.add(i0 + tx, product(alpha, acc[tx]));
+    });
+}
+
+/// y += the rows of the workspace, in ascending order; one row per block of the grid, which is that of symv_k.
+template <class T>
+__global__ void symv_reduction_k(int n, T, const T*, int, const T*, int, T, T* y, int incy, T* work)
+{
+    const Line block;
+    const int i0 = blockOrder * int(blockIdx.x), rows = int(gridDim.x);
+    Private<T, Line::threads> sum;
+    block.each([&](int t) {
+        if (i0 + t < n)
+            sum[t] = y[std::int64_t(i0 + t) * incy];
+    });
+    for (int w = 0; w < rows; ++w) {
+        const T* const row = work + std::int64_t(w) * n;
+        block.each([&](int t) {
+            if (i0 + t < n)
+                sum[t] += row[i0 + t];
+        });
+    }
+    block.each([&](int t) {
+        if (i0 + t < n)
+            y[std::int64_t(i0 + t) * incy] = sum[t];
+    });
+}
+
+namespace {
+
+/// use(0) or use(1), as a compile-time constant.
+template <class Use>
+void withConstant(bool value, Use&& use)
+{
+    if (value)
+        use(std::integral_constant<int, 1>());
+    else
+        use(std::integral_constant<int, 0>());
+}
+
+} // namespace
+
+template <class T>
+void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, T beta, T* y, int incy, T* work)
+{
+    const dim3 grid((unsigned(n) + blockOrder - 1) / blockOrder);
+    const dim3 line(Line::x), threads(Threads::x);
+    if (work)
+        cudaMemset(work, 0, std::size_t(symvWorkspace(n)) * sizeof(T));
+    platform::launch<&symv_init_k<T, 1>, Line>(grid, line, n, alpha, A, lda, x, incx, beta, y, incy);
+    withConstant(uplo == 'L' || uplo == 'l', [&](auto lower) {
+        withConstant(n % blockOrder == 0, [&](auto aligned) {
+            withConstant(work != nullptr, [&](auto sumType) {
+                constexpr auto kernel = &symv_k<T, decltype(lower)::value, decltype(aligned)::value,
+                                                decltype(sumType)::value, blockOrder>;
+                platform::launch<kernel, Threads>(grid, threads, n, alpha, A, lda, x, incx, beta, y, incy, work);
+            });
+        });
+    });
+    if (work)
+        platform::launch<&symv_reduction_k<T>, Line>(grid, line, n, alpha, A, lda, x, incx, beta, y, incy, work);
+}
+
+#define TARN_SYMV_VARIANT(T, uploType, boundsType, sumType)                                                                template __global__ void symv_k<T, uploType, boundsType, sumType, 32>(int, T, const T*, int, const T*, int, T, T*,                                                                           int, T*);
+#define TARN_SYMV(T)                                                                                                       template __global__ void symv_init_k<T, 1>(int, T, const T*, int, const T*, int, T, T*, int);                          template __global__ void symv_reduction_k<T>(int, T, const T*, int, const T*, int, T, T*, int, T*);                    TARN_SYMV_VARIANT(T, 0, 0, 0)                                                                                          TARN_SYMV_VARIANT(T, 0, 0, 1)                                                                                          TARN_SYMV_VARIANT(T, 0, 1, 0)                                                                                          TARN_SYMV_VARIANT(T, 0, 1, 1)                                                                                          TARN_SYMV_VARIANT(T, 1, 0, 0)                                                                                          TARN_SYMV_VARIANT(T, 1, 0, 1)                                                                                          TARN_SYMV_VARIANT(T, 1, 1, 0)                                                                                          TARN_SYMV_VARIANT(T, 1, 1, 1)                                                                                          template void symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
+
+TARN_SYMV(float)
+TARN_SYMV(double)
+TARN_SYMV(Complex<float>)
+TARN_SYMV(Complex<double>)
+
+} // namespace tarn::kernel

@@ -1,0 +1,158 @@
+// How getrf and gesv go about it: the order of copies, kernels and products, what they allocate, and what a failure on
+// the way leaves behind.
+#include "support/api.h"
+#include "support/device.h"
+#include "support/residuals.h"
+#include "tarn_core.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace test;
+
+class LuSchedule : public OnSoftwareDevice
+{
+protected:
+    /// Factorises a random matrix and returns the calls that it took.
+    std::vector<SoftdevCall> logOfGetrf(int m, int n)
+    {
+        auto A = Matrix<float>::random(m, n, m);
+        std::vector<int> ipiv(std::min(m, n));
+        softdevLogStart();
+        EXPECT_EQ(tarnSgetrf(m, n, A.data(), A.ld, ipiv.data()), tarnNoError);
+        return softdevLogTake();
+    }
+
+    const Initialized library;
+};
+
+TEST_F(LuSchedule, ThreePathsByShape)
+{
+    const auto small = logOfGetrf(100, 5000); // min(m, n) within one block of 192
+    EXPECT_EQ(countCalls(small, "cublasSgemm_v2") + countCalls(small, "KernelLASWP"), 0);
+
+    for (const auto& [m, n] : {std::pair{512, 512}, {1000, 999}}) {
+        const auto natural = logOfGetrf(m, n);
+        EXPECT_EQ(countCalls(natural, "TransposeInplace_k"), 0);
+        EXPECT_GT(countCalls(natural, "KernelLASWP"), 0);
+        EXPECT_EQ(countCalls(natural, "KernelLASWPCOL"), 0);
+    }
+
+    const auto transposed = logOfGetrf(513, 513);
+    EXPECT_EQ(countCalls(transposed, "TransposeInplace_k"), 2);
+    EXPECT_EQ(countCalls(transposed, "KernelLASWP"), 0);
+    EXPECT_GT(countCalls(transposed, "KernelLASWPCOL"), 0);
+}
+
+TEST_F(LuSchedule, TheNextPanelLeavesBeforeTheRemainderIsUpdated)
+{
+    // n = 1000: passes from columns 1, 193, 385, 577, 769 and 961; four of them have a remainder, five a look-ahead.
+    const auto log = logOfGetrf(1000, 1000);
+    EXPECT_EQ(countCalls(log, "cublasStrsm_v2"), 5 + 4);
+    EXPECT_EQ(countCalls(log, "cublasSgemm_v2"), 5 + 4);
+
+    // In the first pass: gemm (look-ahead), panel to the host, gemm (remainder), and only then a wait.
+    std::vector<std::string> order;
+    for (const SoftdevCall& call : log)
+        for (const char* name : {"cublasSgemm_v2", "cudaMemcpyAsync", "cudaMemcpy2DAsync", "cudaStreamSynchronize"})
+            if (call.name == name)
+                order.push_back(name);
+    const auto first = std::find(order.begin(), order.end(), "cublasSgemm_v2");
+    ASSERT_LT(first + 3, order.end());
+    EXPECT_EQ(first[1], "cudaMemcpyAsync");
+    EXPECT_EQ(first[2], "cublasSgemm_v2");
+    EXPECT_EQ(first[3], "cudaStreamSynchronize");
+}
+
+TEST_F(LuSchedule, InterchangesTravelSixteenAtATimeWithoutDeviceMemory)
+{
+    const auto log = logOfGetrf(400, 400); // panels of 192, 192 and 16 columns, natural storage
+    // Left parts: none, 192 columns, 384 columns; look-ahead: 192, 16; remainder: 16. Each in ceil(jb / 16) launches.
+    EXPECT_EQ(countCalls(log, "KernelLASWP"), 12 + 1 + 12 + 12 + 12);
+}
+
+TEST_F(LuSchedule, HeldBackCopiesDoNotChangeTheResult)
+{
+    // With every copy made as late as the rules allow, a missing wait or a buffer used too early shows.
+    for (const int n : {500, 800}) {
+        const auto A = Matrix<float>::random(n, n, n);
+        auto early = A, late = A;
+        std::vector<int> earlyPivots(n), latePivots(n);
+        ASSERT_EQ(tarnSgetrf(n, n, early.data(), n, earlyPivots.data()), tarnNoError);
+        softdevSetHold(true);
+        softdevSetPoison(true);
+        EXPECT_EQ(tarnSgetrf(n, n, late.data(), n, latePivots.data()), tarnNoError);
+        softdevSetHold(false);
+        softdevSetPoison(false);
+        EXPECT_LT(luRatio(A, late, latePivots), 30);
+        EXPECT_EQ(earlyPivots, latePivots);
+    }
+}
+
+TEST_F(LuSchedule, MemoryIsTwoMirrorsPivotsAndPanels)
+{
+    const int n = 1500, nrhs = 3, nb = 192;
+    auto A = Matrix<float>::random(n, n, n), B = Matrix<float>::random(n, nrhs, n);
+    std::vector<int> ipiv(n);
+    const auto gesv = [&] { return tarnSgesv(n, nrhs, A.data(), n, ipiv.data(), B.data(), n); };
+    ASSERT_EQ(gesv(), tarnNoError);
+    const SoftdevLive before = softdevLive();
+    softdevResetPeak();
+    A = Matrix<float>::random(n, n, n);
+    ASSERT_EQ(gesv(), tarnNoError);
+
+    // 1500 rows take 1632: the next multiple of 96, 1536, falls on the stride of 2048 bytes.
+    const std::size_t mirrors = sizeof(float) * 1632u * (n + nrhs), pivots = sizeof(int) * 1504u;
+    const std::size_t panel = sizeof(float) * n * nb;
+    EXPECT_EQ(softdevLive().peakBytes, before.bytes + mirrors + pivots + panel);
+    EXPECT_EQ(softdevLive().allocations, before.allocations);
+    EXPECT_EQ(softdevLive().bytes, before.bytes);
+    EXPECT_EQ(softdevLive().hostAllocations, 0u);
+    EXPECT_EQ(softdevLive().streams, 0u);
+}
+
+TEST_F(LuSchedule, EveryFailureLeavesTheCallersArraysAndNothingBehind)
+{
+    const int n = 600, nrhs = 2;
+    const auto A = Matrix<float>::random(n, n, n + 1), B = Matrix<float>::random(n, nrhs, n);
+    auto a = A, b = B;
+    std::vector<int> ipiv(n, -7);
+    const auto gesv = [&] { return tarnSgesv(n, nrhs, a.data(), a.ld, ipiv.data(), b.data(), b.ld); };
+    softdevLogStart();
+    ASSERT_EQ(gesv(), tarnNoError);
+    const std::vector<SoftdevCall> calls = softdevLogTake();
+
+    const SoftdevLive before = softdevLive();
+    int failed = 0;
+    // Frees fail without consequence, and the copies back at the end are not reported: both leave a success.
+    for (const char* name : {"cudaMalloc", "cudaMallocHost", "cudaStreamCreate", "cublasSgemm_v2", "cublasStrsm_v2",
+                             "cudaStreamSynchronize", "cudaMemcpyAsync", "KernelLASWPCOL", "TransposeInplace_k"})
+        for (int nth = 1, count = int(countCalls(calls, name)); nth <= count; nth += 1 + count / 4) {
+            SCOPED_TRACE(testing::Message() << name << " " << nth);
+            a = A;
+            b = B;
+            std::fill(ipiv.begin(), ipiv.end(), -7);
+            const bool ofBlas = std::string(name).rfind("cublas", 0) == 0;
+            softdevFailCall(name, nth, ofBlas ? 13 : (std::string(name).rfind("cudaMalloc", 0) == 0 ? 2 : 719));
+            const tarnStatus status = gesv();
+            softdevClearFailures();
+            EXPECT_NE(status, tarnNoError);
+            EXPECT_NE(status, tarnUnspecifiedError);
+            EXPECT_EQ(status, tarnGetLastStatus());
+            if (ofBlas) {
+                EXPECT_EQ(status, tarnBlasError);
+                EXPECT_EQ(tarnGetErrorInfo(), 13);
+            }
+            EXPECT_TRUE(identical(a, A) && identical(b, B));
+            EXPECT_EQ(std::count(ipiv.begin(), ipiv.end(), -7), n);
+            EXPECT_EQ(softdevLive().allocations, before.allocations);
+            EXPECT_EQ(softdevLive().hostAllocations, 0u);
+            EXPECT_EQ(softdevLive().streams, 0u);
+            ASSERT_EQ(gesv(), tarnNoError) << "the next call must work";
+            ++failed;
+        }
+    EXPECT_GT(failed, 20);
+}
+
+} // namespace

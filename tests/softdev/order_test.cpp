@@ -1,0 +1,198 @@
+/// When queued work runs.
+
+#include <atomic>
+#include <thread>
+
+#include "cublas_v2.h"
+#include "fixture.hpp"
+
+using OrderTest = SoftdevTest;
+
+// At the tail of the queue, a copy must not have touched its page-locked side until somebody waits.
+TEST_F(OrderTest, PageLockedCopiesAreLate)
+{
+    for (const bool hold : {false, true}) {
+        softdevSetHold(hold);
+        cudaStream_t stream;
+        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+        DeviceArray<int> device(1);
+        PinnedArray<int> host(2);
+        host[0] = 1;
+        host[1] = 7;
+        ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
+        host[0] = 2;
+        ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+        ASSERT_EQ(cudaMemcpy2DAsync(host + 1, 4, device, 4, 4, 1, cudaMemcpyDeviceToHost, stream), cudaSuccess);
+        EXPECT_EQ(host[1], 7);
+        ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+        EXPECT_EQ(host[1], 2);
+        EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    }
+}
+
+TEST_F(OrderTest, PageableAsyncCopyIsDoneAtReturn)
+{
+    softdevSetHold(true);
+    DeviceArray<int> device(1);
+    int seen = 0, host = 5;
+    int* inside = view<int>(device);
+    ASSERT_EQ(launch(1, [&seen, inside] { seen = *inside = 4; }), cudaSuccess);
+    ASSERT_EQ(cudaMemcpyAsync(device, &host, sizeof host, cudaMemcpyHostToDevice), cudaSuccess);
+    host = 6;
+    EXPECT_EQ(seen, 4) << "the copy overtook the kernel";
+    EXPECT_EQ(device.download()[0], 5);
+}
+
+// The copies are on two streams; the default stream's work between them orders all.
+TEST_F(OrderTest, DefaultStreamOrdersOtherStreams)
+{
+    softdevSetHold(true);
+    cudaStream_t up, down;
+    ASSERT_EQ(cudaStreamCreate(&up), cudaSuccess);
+    ASSERT_EQ(cudaStreamCreate(&down), cudaSuccess);
+    DeviceArray<int> device(2);
+    PinnedArray<int> host(4);
+    host[0] = 1;
+    host[1] = 2;
+    ASSERT_EQ(cudaMemcpyAsync(device, host, 8, cudaMemcpyHostToDevice, up), cudaSuccess);
+    ASSERT_EQ(cudaMemset(device, 0, 4), cudaSuccess);
+    ASSERT_EQ(cudaMemcpyAsync(host + 2, device, 8, cudaMemcpyDeviceToHost, down), cudaSuccess);
+    ASSERT_EQ(cudaStreamSynchronize(down), cudaSuccess);
+    EXPECT_EQ(host[2], 0);
+    EXPECT_EQ(host[3], 2);
+    cudaStreamDestroy(up);
+    cudaStreamDestroy(down);
+}
+
+TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
+{
+    softdevSetHold(true);
+    cudaStream_t stream;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    DeviceArray<int> device(1);
+    PinnedArray<int> host(1);
+    int ran = 0;
+    ASSERT_EQ(launch(1, [&ran] { ++ran; }), cudaSuccess);
+    ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
+    ASSERT_EQ(launch(1, [&ran] { ++ran; }), cudaSuccess);
+    EXPECT_EQ(ran, 0);
+    ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+    EXPECT_EQ(ran, 1);
+    ASSERT_EQ(cudaStreamSynchronize(nullptr), cudaSuccess);
+    EXPECT_EQ(ran, 2);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+}
+
+// A kernel that waits for the host proves that the device works on its own and that no asynchronous call waits for it.
+TEST_F(OrderTest, LongWorkRunsBesideTheHost)
+{
+    cudaStream_t stream;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    DeviceArray<int> device(1);
+    PinnedArray<int> host(1);
+    host[0] = 3;
+    std::atomic<bool> started{false}, open{false};
+    const auto gate = [&] {
+        started = true;
+        while (!open)
+            std::this_thread::yield();
+    };
+    ASSERT_EQ(launch(64, gate), cudaSuccess);
+    while (!started)
+        std::this_thread::yield();
+    ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    EXPECT_EQ(cudaStreamSynchronize(stream), cudaErrorInvalidResourceHandle);
+    open = true;
+    EXPECT_EQ(device.download()[0], 3) << "work of a destroyed stream was lost";
+}
+
+TEST_F(OrderTest, StaleStreamsAreRefused)
+{
+    cudaStream_t stream, next;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    ASSERT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    ASSERT_EQ(cudaStreamCreate(&next), cudaSuccess);
+    DeviceArray<int> device(1);
+    PinnedArray<int> host(1);
+    EXPECT_EQ(cudaMemcpyAsync(device, host, 4, cudaMemcpyHostToDevice, stream), cudaErrorInvalidResourceHandle);
+    EXPECT_EQ(cudaMemcpy2DAsync(device, 4, host, 4, 4, 1, cudaMemcpyHostToDevice, stream),
+              cudaErrorInvalidResourceHandle);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
+    EXPECT_EQ(cudaStreamDestroy(next), cudaSuccess);
+}
+
+// x <- 2 x over and over, by kernels and by cuBLAS, from several threads, each on a device of its own or two on one.
+TEST_F(OrderTest, ThreadsAndDevicesDoNotMixUp)
+{
+    ASSERT_TRUE(softdevSetDevices({softdevDefaultDevice(), softdevDefaultDevice()}));
+    const auto work = [](int index) {
+        ASSERT_EQ(cudaSetDevice(index % 2), cudaSuccess);
+        cublasHandle_t handle;
+        ASSERT_EQ(cublasCreate_v2(&handle), CUBLAS_STATUS_SUCCESS);
+        const int n = 1000;
+        const float two = 2;
+        for (int round = 0; round < 50; ++round) {
+            const DeviceArray<float> x(std::vector<float>(n, float(index + 1)));
+            float* inside = view<float>(x);
+            const auto doubled = [=] {
+                for (int i = int(blockIdx.x); i < n; i += int(gridDim.x))
+                    inside[i] *= 2;
+            };
+            for (int step = 0; step < 4; ++step) {
+                ASSERT_EQ(launch(10, doubled), cudaSuccess);
+                ASSERT_EQ(cublasSscal_v2(handle, n, &two, x, 1), CUBLAS_STATUS_SUCCESS);
+            }
+            ASSERT_EQ(x.download(), std::vector<float>(n, 256 * float(index + 1)));
+        }
+        ASSERT_EQ(cublasDestroy_v2(handle), CUBLAS_STATUS_SUCCESS);
+    };
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index)
+        threads.emplace_back(work, index);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+// Grids of all shapes, small enough for one thread and large enough for all: every block runs once, with its
+// coordinates.
+TEST_F(OrderTest, EveryBlockRunsOnce)
+{
+    for (const dim3 grid : {dim3(1), dim3(7, 5, 3), dim3(40000, 2, 1)}) {
+        std::vector<std::atomic<int>> runs(std::size_t(grid.x) * grid.y * grid.z);
+        std::atomic<int> largest{0}, strange{0};
+        const auto body = [&] {
+            ++runs[blockIdx.x + grid.x * (blockIdx.y + std::size_t(grid.y) * blockIdx.z)];
+            strange += gridDim.y != grid.y || blockDim.y != 4;
+            atomicMax(reinterpret_cast<int*>(&largest), int(blockIdx.x));
+        };
+        ASSERT_EQ(softdevLaunch("Grid_k", grid, dim3(8, 4), dim3(8, 4), body), cudaSuccess);
+        ASSERT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+        for (const auto& count : runs)
+            ASSERT_EQ(count, 1);
+        EXPECT_EQ(largest, int(grid.x) - 1);
+        EXPECT_EQ(strange, 0);
+    }
+}
+
+TEST_F(OrderTest, AtomicsLoseNothing)
+{
+    DeviceArray<float> sum(std::vector<float>(1, 0));
+    DeviceArray<double> sum2(std::vector<double>(1, 0));
+    DeviceArray<unsigned long long> bits(std::vector<unsigned long long>(1, 0));
+    const auto body = [s = view<float>(sum), d = view<double>(sum2), b = view<unsigned long long>(bits)] {
+        atomicAdd(s, 1.0f);
+        atomicAdd(d, 0.5);
+        unsigned long long seen = atomicCAS(b, 0, 0), before;
+        do {
+            before = seen;
+            seen = atomicCAS(b, before,
+                             static_cast<unsigned long long>(
+                                 __double_as_longlong(__longlong_as_double(static_cast<long long>(before)) + 2)));
+        } while (seen != before);
+    };
+    ASSERT_EQ(launch(20000, body), cudaSuccess);
+    EXPECT_EQ(sum.download()[0], 20000);
+    EXPECT_EQ(sum2.download()[0], 10000);
+    EXPECT_EQ(__longlong_as_double(static_cast<long long>(bits.download()[0])), 40000);
+}

@@ -1,0 +1,57 @@
+// Backward errors in units of machine epsilon, computed in double precision. The usual bound is 30.
+#pragma once
+
+#include "support/matrix.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+extern "C" void zgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*, const int*,
+                       const void*, const int*, const void*, void*, const int*, std::size_t, std::size_t);
+
+namespace test {
+
+using WideMatrix = Matrix<tarn::Complex<double>>;
+
+/// C := alpha A B + beta C.
+inline void multiplyAdd(double alpha, WideMatrix& A, WideMatrix& B, double beta, WideMatrix& C)
+{
+    const tarn::Complex<double> scale(alpha, 0), keep(beta, 0);
+    zgemm_("N", "N", &C.m, &C.n, &A.n, &scale, A.data(), &A.ld, B.data(), &B.ld, &keep, C.data(), &C.ld, 1, 1);
+}
+
+/// norm1(P A - L U) / (max(m, n) norm1(A) eps) of a factorisation in LAPACK's layout; infinite if a pivot is not in its
+/// range.
+template <class T>
+double luRatio(const Matrix<T>& A, const Matrix<T>& factors, const std::vector<int>& ipiv)
+{
+    const int m = A.m, n = A.n, k = std::min(m, n);
+    WideMatrix L(m, k), U(k, n), R = widened(A);
+    const WideMatrix F = widened(factors);
+    for (int j = 0; j < k; ++j)
+        for (int i = j; i < m; ++i)
+            L(i, j) = i == j ? tarn::Complex<double>(1) : F(i, j);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i <= std::min(j, k - 1); ++i)
+            U(i, j) = F(i, j);
+    for (int i = 0; i < k; ++i) {
+        if (ipiv[i] < i + 1 || ipiv[i] > m)
+            return INFINITY;
+        for (int j = 0; j < n; ++j)
+            std::swap(R(i, j), R(ipiv[i] - 1, j));
+    }
+    multiplyAdd(-1, L, U, 1, R);
+    return norm1(R) / (std::max(m, n) * norm1(A) * eps<T>);
+}
+
+/// norm1(B - A X) / (n norm1(A) norm1(X) eps).
+template <class T>
+double solveRatio(const Matrix<T>& A, const Matrix<T>& B, const Matrix<T>& X)
+{
+    WideMatrix R = widened(B), a = widened(A), x = widened(X);
+    multiplyAdd(-1, a, x, 1, R);
+    return norm1(R) / (A.n * norm1(A) * norm1(X) * eps<T>);
+}
+
+} // namespace test

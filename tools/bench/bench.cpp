@@ -1,0 +1,166 @@
+#include "../commands.h"
+#include "../failure.h"
+#include "routine.h"
+#include "table.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <memory>
+
+namespace tarn::bench {
+
+namespace {
+
+using tool::Failure;
+
+struct Options
+{
+    std::vector<std::string> routines = {"all"};
+    std::string types = "s";
+    std::vector<std::string> sizes = {"1024"};
+    int nrhs = 10, repeats = 0;
+    bool json = false, csv = false;
+};
+
+/// Appends what "N" or "N:N2:STEP" means: the sizes N, N + STEP, ... up to N2.
+void appendSizes(std::vector<int>& sizes, const std::string& text)
+{
+    int value[3] = {0, 0, 1};
+    int count = 0;
+    const char *p = text.data(), *const end = p + text.size();
+    while (count < 3) {
+        const auto [next, error] = std::from_chars(p, end, value[count]);
+        if (error != std::errc() || value[count] < 1)
+            break;
+        ++count;
+        p = next;
+        if (p == end || *p != ':')
+            break;
+        ++p;
+    }
+    if (p != end || (count != 1 && count != 3))
+        throw Failure(fmt::format("--size {}: give N or N:N2:STEP, whole numbers above 0", text));
+    const int last = count == 3 ? value[1] : value[0];
+    if (last < value[0])
+        throw Failure(fmt::format("--size {}: the last size is below the first", text));
+    for (std::int64_t size = value[0]; size <= last; size += value[2])
+        sizes.push_back(int(size));
+}
+
+std::vector<Routine> chooseRoutines(const std::vector<std::string>& names)
+{
+    std::vector<Routine> chosen;
+    for (const std::string& name : names) {
+        const std::size_t before = chosen.size();
+        for (const Routine& routine : routines())
+            if (name == "all" || name == routine.name)
+                chosen.push_back(routine);
+        if (chosen.size() == before)
+            throw Failure(fmt::format("--routine {}: there is no such routine", name));
+    }
+    return chosen;
+}
+
+/// The routine's types among the letters asked for.
+std::string commonTypes(const Routine& routine, const std::string& letters)
+{
+    std::string common;
+    for (const char type : letters)
+        if (routine.types.find(type) != std::string::npos)
+            common += type;
+    return common;
+}
+
+void checkTypes(const std::vector<Routine>& chosen, const Options& options)
+{
+    if (options.types.empty() || options.types.find_first_not_of("sdcz") != std::string::npos)
+        throw Failure(fmt::format("--type {}: give letters of s, d, c, z", options.types));
+    for (const Routine& routine : chosen)
+        if (options.routines.front() != "all" && commonTypes(routine, options.types).empty())
+            throw Failure(fmt::format("--type {}: {} exists in {} only", options.types, routine.name, routine.types));
+}
+
+void run(const Routine& routine, char type, int size, const Options& options, Table& table)
+{
+    const Dimensions d = routine.dimensions(size, options.nrhs);
+    const Timing timing = routine.time(type, d, options.repeats);
+    const double work = routine.flops(d) * (type == 'c' || type == 'z' ? 4 : 1) * 1e-9;
+    Row row = {routine.name,    type, "host", d, timing.host, work / timing.host, routine.reference, timing.reference,
+               timing.hostError};
+    table.add(row);
+    row.pointers = "device";
+    row.seconds = timing.device;
+    row.gflops = work / timing.device;
+    row.error = timing.deviceError;
+    table.add(row);
+}
+
+int runBench(const Options& options)
+{
+    std::vector<int> sizes;
+    for (const std::string& text : options.sizes)
+        appendSizes(sizes, text);
+    const std::vector<Routine> chosen = chooseRoutines(options.routines);
+    checkTypes(chosen, options);
+
+    const tool::Library library;
+    Table table(options.json ? Format::json : options.csv ? Format::csv : Format::text);
+    for (const Routine& routine : chosen)
+        for (const char type : commonTypes(routine, options.types))
+            for (const int size : sizes)
+                run(routine, type, size, options, table);
+    return 0;
+}
+
+std::string help()
+{
+    std::string names;
+    for (const Routine& routine : routines())
+        names += fmt::format("  {:<6} {}, beside {}\n", routine.name, routine.types, routine.reference);
+    return "Routines, their types, and what they are measured beside:\n" + names +
+           "\nEach size gives two rows: arrays in host memory (its time includes the copies to the device and back) "
+           "and\n"
+           "arrays in device memory. seconds are medians over the repeats, taken in turns with the reference; ratio "
+           "is\n"
+           "seconds over the reference's. error is a backward error in units of eps (2^-23, 2^-52 for d and z):\n"
+           "  gemm symm hemm syrk herk syr2k her2k trmm gemv symv hemv\n"
+           "         norm2((C - Cref) w) / (sqrt(k + 2) |alpha| |A| |B| + 2 |beta| |C|)       sound up to 3\n"
+           "  trsm   norm2((A X - B) w) / (sqrt(m + 2) |A| |X|)                               sound up to 3\n"
+           "  getrf  norm2((P A - L U) w) / (max(m, n) |A|)                                   sound up to 30\n"
+           "  gesv   norm1(B - A X) / (n norm1(A) norm1(X))                                   sound up to 30\n"
+           "where |.| is the Frobenius norm and w has random entries +1 and -1, so that norm2(E w)^2 has normF(E)^2 "
+           "as\n"
+           "its mean.";
+}
+
+} // namespace
+
+} // namespace tarn::bench
+
+namespace tarn::tool {
+
+Command addBench(CLI::App& tarn)
+{
+    auto options = std::make_shared<bench::Options>();
+    CLI::App* app = tarn.add_subcommand("bench", "Measure routines beside a reference library");
+    app->add_option("--routine", options->routines, "Names with commas between, or all")
+        ->delimiter(',')
+        ->capture_default_str();
+    app->add_option("--type", options->types, "Element types: letters of s, d, c, z")->capture_default_str();
+    app->add_option("--size", options->sizes, "N or N:N2:STEP, or several with commas between")
+        ->delimiter(',')
+        ->capture_default_str();
+    app->add_option("--nrhs", options->nrhs, "Right-hand sides of gesv")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    app->add_option("--repeat", options->repeats, "Timed calls; 0: about a second's worth a row, at least 3")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
+    app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
+    app->footer(bench::help());
+    return {app, [options] { return bench::runBench(*options); }};
+}
+
+} // namespace tarn::tool

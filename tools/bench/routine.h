@@ -1,0 +1,59 @@
+// The table of routines that the benchmark knows.
+#pragma once
+
+#include "measure.h"
+
+#include <string>
+#include <vector>
+
+namespace tarn::bench {
+
+/// A routine in all its element types.
+struct Routine
+{
+    const char* name;
+    std::string types;     ///< letters of s, d, c, z
+    const char* reference; ///< library that it is measured against
+    Dimensions (*dimensions)(int size, int nrhs);
+    double (*flops)(const Dimensions&); ///< for real elements; complex ones take four times as many
+    Timing (*time)(char type, const Dimensions&, int repeats);
+};
+
+/**
+ * The table's entry for Definition, which has
+ *
+ *   static Dimensions dimensions(int size, int nrhs);
+ *   static double flops(const Dimensions&);
+ *   template <class T> static Problem<T> problem(const Dimensions&);
+ */
+template <class Definition, class... Types>
+Routine describe(const char* name, const char* reference)
+{
+    const auto time = [](char type, const Dimensions& d, int repeats) {
+        Timing result;
+        ((type == letter<Types> ? void(result = measure(Definition::template problem<Types>(d), repeats)) : void()),
+         ...);
+        return result;
+    };
+    return {name, {letter<Types>...}, reference, &Definition::dimensions, &Definition::flops, time};
+}
+
+Routine gemm();
+Routine symm();
+Routine hemm();
+Routine syrk();
+Routine herk();
+Routine syr2k();
+Routine her2k();
+Routine trmm();
+Routine trsm();
+Routine gemv();
+Routine symv();
+Routine hemv();
+Routine getrf();
+Routine gesv();
+
+/// All of them, in the order in which they are printed.
+std::vector<Routine> routines();
+
+} // namespace tarn::bench

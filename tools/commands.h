@@ -1,0 +1,25 @@
+// The subcommands of tarn. Each add function declares one with its options on the application, and returns what runs
+// it.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace tarn::tool {
+
+struct Command
+{
+    CLI::App* app;
+    std::function<int()> run; ///< the exit status of the program; raises Failure
+};
+
+Command addInfo(CLI::App& tarn);
+Command addSolve(CLI::App& tarn);
+Command addBench(CLI::App& tarn);
+Command addDemo(CLI::App& tarn);
+
+/// Runs the tool: 0, or 1 after a failure, or 2 for a wrong command line, each with one line on the error stream.
+int runTool(int argc, char** argv);
+
+} // namespace tarn::tool

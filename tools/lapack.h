@@ -1,0 +1,90 @@
+// Fortran names of the CPU BLAS and LAPACK: 32-bit integers, hidden lengths of character arguments at the end.
+#pragma once
+
+#include <complex>
+#include <cstddef>
+
+namespace tarn::tool {
+
+template <class T>
+using FortranGemm = void(const char* transa, const char* transb, const int* m, const int* n, const int* k,
+                         const T* alpha, const T* a, const int* lda, const T* b, const int* ldb, const T* beta, T* c,
+                         const int* ldc, std::size_t, std::size_t);
+template <class T>
+using FortranTrsm = void(const char* side, const char* uplo, const char* transa, const char* diag, const int* m,
+                         const int* n, const T* alpha, const T* a, const int* lda, T* b, const int* ldb, std::size_t,
+                         std::size_t, std::size_t, std::size_t);
+template <class T>
+using FortranTrmm = FortranTrsm<T>;
+template <class T>
+using FortranSymm = void(const char* side, const char* uplo, const int* m, const int* n, const T* alpha, const T* a,
+                         const int* lda, const T* b, const int* ldb, const T* beta, T* c, const int* ldc, std::size_t,
+                         std::size_t);
+/// S is the type of alpha and beta: real for herk.
+template <class T, class S = T>
+using FortranSyrk = void(const char* uplo, const char* trans, const int* n, const int* k, const S* alpha, const T* a,
+                         const int* lda, const S* beta, T* c, const int* ldc, std::size_t, std::size_t);
+/// S is the type of beta: real for her2k.
+template <class T, class S = T>
+using FortranSyr2k = void(const char* uplo, const char* trans, const int* n, const int* k, const T* alpha, const T* a,
+                          const int* lda, const T* b, const int* ldb, const S* beta, T* c, const int* ldc, std::size_t,
+                          std::size_t);
+template <class T>
+using FortranGemv = void(const char* trans, const int* m, const int* n, const T* alpha, const T* a, const int* lda,
+                         const T* x, const int* incx, const T* beta, T* y, const int* incy, std::size_t);
+template <class T>
+using FortranSymv = void(const char* uplo, const int* n, const T* alpha, const T* a, const int* lda, const T* x,
+                         const int* incx, const T* beta, T* y, const int* incy, std::size_t);
+template <class T>
+using FortranGetrf = void(const int* m, const int* n, T* a, const int* lda, int* ipiv, int* info);
+template <class T>
+using FortranGesv = void(const int* n, const int* nrhs, T* a, const int* lda, int* ipiv, T* b, const int* ldb,
+                         int* info);
+
+extern "C" {
+FortranGemm<float> sgemm_;
+FortranGemm<double> dgemm_;
+FortranGemm<std::complex<float>> cgemm_;
+FortranGemm<std::complex<double>> zgemm_;
+FortranTrsm<float> strsm_;
+FortranTrsm<double> dtrsm_;
+FortranTrsm<std::complex<float>> ctrsm_;
+FortranTrsm<std::complex<double>> ztrsm_;
+FortranTrmm<float> strmm_;
+FortranTrmm<double> dtrmm_;
+FortranTrmm<std::complex<float>> ctrmm_;
+FortranTrmm<std::complex<double>> ztrmm_;
+FortranSymm<float> ssymm_;
+FortranSymm<double> dsymm_;
+FortranSymm<std::complex<float>> csymm_;
+FortranSymm<std::complex<double>> zsymm_;
+FortranSymm<std::complex<float>> chemm_;
+FortranSymm<std::complex<double>> zhemm_;
+FortranSyrk<float> ssyrk_;
+FortranSyrk<double> dsyrk_;
+FortranSyrk<std::complex<float>> csyrk_;
+FortranSyrk<std::complex<double>> zsyrk_;
+FortranSyrk<std::complex<float>, float> cherk_;
+FortranSyrk<std::complex<double>, double> zherk_;
+FortranSyr2k<float> ssyr2k_;
+FortranSyr2k<double> dsyr2k_;
+FortranSyr2k<std::complex<float>> csyr2k_;
+FortranSyr2k<std::complex<double>> zsyr2k_;
+FortranSyr2k<std::complex<float>, float> cher2k_;
+FortranSyr2k<std::complex<double>, double> zher2k_;
+FortranGemv<float> sgemv_;
+FortranGemv<double> dgemv_;
+FortranGemv<std::complex<float>> cgemv_;
+FortranGemv<std::complex<double>> zgemv_;
+FortranSymv<float> ssymv_;
+FortranSymv<double> dsymv_;
+FortranSymv<std::complex<float>> chemv_;
+FortranSymv<std::complex<double>> zhemv_;
+FortranGetrf<float> sgetrf_;
+FortranGetrf<std::complex<float>> cgetrf_;
+FortranGesv<float> sgesv_;
+FortranGesv<double> dgesv_;
+FortranGesv<std::complex<float>> cgesv_;
+}
+
+} // namespace tarn::tool

@@ -1,0 +1,8 @@
+#include "commands.h"
+#include "cpu_blas.h"
+
+int main(int argc, char** argv)
+{
+    tarn::tool::preferFastCpuBlas(argv);
+    return tarn::tool::runTool(argc, argv);
+}

@@ -1,0 +1,161 @@
+#include "commands.h"
+#include "failure.h"
+#include "matrix_market.h"
+#include "timing.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <optional>
+
+namespace tarn::tool {
+
+namespace {
+
+struct SolveOptions
+{
+    std::string matrix, rhs, out;
+    bool complex = false, json = false;
+};
+
+struct Solution
+{
+    int n = 0, nrhs = 0;
+    double seconds = 0, gflops = 0, backwardError = 0;
+};
+
+/// Rounds to single precision; fails for a value that does not fit.
+template <class T>
+Matrix<T> toSingle(const std::string& file, const AnyMatrix& any)
+{
+    return std::visit(
+        [&](const auto& wide) -> Matrix<T> {
+            using From = typename std::decay_t<decltype(wide)>::value_type;
+            if constexpr (isComplex<From> && !isComplex<T>) {
+                throw Failure(file + ": complex values in a real system");
+            } else {
+                Matrix<T> single = convert<T>(wide);
+                for (int j = 0; j < single.cols; ++j)
+                    for (int i = 0; i < single.rows; ++i)
+                        if (!(std::abs(single(i, j)) <= std::numeric_limits<float>::max()))
+                            throw Failure(fmt::format("{}: entry ({}, {}) is too large for single precision", file,
+                                                      i + 1, j + 1));
+                return single;
+            }
+        },
+        any);
+}
+
+/// A times ones, n by 1.
+template <class T>
+Matrix<T> rowSums(const Matrix<T>& a)
+{
+    Matrix<Wide<T>> ones(a.cols, 1), sums(a.rows, 1);
+    std::fill(ones.values.begin(), ones.values.end(), Wide<T>(1));
+    multiplyAdd(sums, Wide<T>(1), 'N', a, ones);
+    return convert<T>(sums);
+}
+
+void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
+{
+    const auto shape = [](const AnyMatrix& any) {
+        return std::visit([](const auto& a) { return std::pair(a.rows, a.cols); }, any);
+    };
+    const auto [rows, cols] = shape(matrix);
+    if (rows != cols)
+        throw Failure(fmt::format("{}: the matrix is {} x {}, not square", options.matrix, rows, cols));
+    if (rhs && shape(*rhs).first != rows)
+        throw Failure(fmt::format("{}: the right-hand side has {} rows, but the matrix has order {}", options.rhs,
+                                  shape(*rhs).first, rows));
+}
+
+template <class T>
+Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
+{
+    const Matrix<T> a = toSingle<T>(options.matrix, matrix);
+    const Matrix<T> b = rhs ? toSingle<T>(options.rhs, *rhs) : rowSums(a);
+    Solution result{a.rows, b.cols};
+    Matrix<T> factors = a, x = b;
+    std::vector<int> pivots(std::max(1, a.rows));
+
+    const Library library;
+    tarnStatus status = tarnNoError;
+    result.seconds = secondsOf([&] {
+        if constexpr (isComplex<T>)
+            status =
+                call(tarnCgesv, a.rows, b.cols, factors.values.data(), a.ld(), pivots.data(), x.values.data(), b.ld());
+        else
+            status =
+                call(tarnSgesv, a.rows, b.cols, factors.values.data(), a.ld(), pivots.data(), x.values.data(), b.ld());
+    });
+    if (const tarnInfo pivot = tarnGetErrorInfo(); status == tarnDataError && pivot > 0)
+        throw Failure(fmt::format("{}: the matrix is singular: U({}, {}) of its LU factorisation is zero",
+                                  options.matrix, pivot, pivot));
+    check(status, isComplex<T> ? "tarnCgesv" : "tarnSgesv");
+
+    result.gflops = gesvFlops(a.rows, b.cols) * (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
+    result.backwardError = solveBackwardError(a, b, x);
+    if (!std::isfinite(result.backwardError))
+        throw Failure(options.matrix + ": the solution does not fit single precision");
+    if (!options.out.empty())
+        writeMatrixMarket(options.out, x);
+    return result;
+}
+
+void print(const SolveOptions& options, char type, const Solution& s)
+{
+    const char* status = tarnGetStatusString(tarnNoError);
+    if (options.json) {
+        const nlohmann::ordered_json object = {{"matrix", options.matrix},
+                                               {"routine", "gesv"},
+                                               {"type", std::string(1, type)},
+                                               {"n", s.n},
+                                               {"nrhs", s.nrhs},
+                                               {"seconds", s.seconds},
+                                               {"gflops", s.gflops},
+                                               {"backward_error", s.backwardError},
+                                               {"status", status}};
+        fmt::print("{}\n", object.dump());
+        return;
+    }
+    fmt::print("system          order {}, {} right-hand side{}, {} single precision\n", s.n, s.nrhs,
+               s.nrhs == 1 ? "" : "s", type == 'c' ? "complex" : "real");
+    fmt::print("time            {:.6f} s, {:.2f} GFLOP/s\n", s.seconds, s.gflops);
+    fmt::print("backward error  {:.3g}   norm1(B - A X) / (n norm1(A) norm1(X) eps), eps = 2^-23\n", s.backwardError);
+    fmt::print("status          {}\n", status);
+    if (!options.out.empty())
+        fmt::print("solution        {}\n", options.out);
+}
+
+int runSolve(const SolveOptions& options)
+{
+    const AnyMatrix matrix = readMatrixMarket(options.matrix);
+    std::optional<AnyMatrix> rhs;
+    if (!options.rhs.empty())
+        rhs = readMatrixMarket(options.rhs);
+    checkShapes(options, matrix, rhs);
+
+    const auto holdsComplex = [](const AnyMatrix& any) { return any.index() == 1; };
+    if (options.complex || holdsComplex(matrix) || (rhs && holdsComplex(*rhs)))
+        print(options, 'c', solve<std::complex<float>>(options, matrix, rhs));
+    else
+        print(options, 's', solve<float>(options, matrix, rhs));
+    return 0;
+}
+
+} // namespace
+
+Command addSolve(CLI::App& tarn)
+{
+    auto options = std::make_shared<SolveOptions>();
+    CLI::App* app = tarn.add_subcommand("solve", "Solve A X = B for a square matrix from a Matrix Market file");
+    app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
+    app->add_option("--rhs", options->rhs, "B; without it B is A times a vector of ones")->type_name("FILE");
+    app->add_option("--out", options->out, "Where X goes, in array format")->type_name("FILE");
+    app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
+    app->add_flag("--json", options->json, "Print one JSON object");
+    return {app, [options] { return runSolve(*options); }};
+}
+
+} // namespace tarn::tool
