@@ -1,9 +1,11 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test demo bench cuda format clean
+.PHONY: setup build test demo bench performance cuda gpu-bundle format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
+GPU_ARCH ?= 90
+MEASURE = scripts/gpu-check bench --programs build/release --repeat 0 --limit 3600
 
 setup:
 	@scripts/install-dependencies
@@ -21,14 +23,22 @@ demo: build
 bench: build
 	@build/release/bin/tarn bench --routine all --type s --size 512,1024,2048,4096
 
+performance: build
+	@$(MEASURE) --fresh --type sc --size 512,1024,2048
+	@$(MEASURE) --type s --size 4096 --routine gemm,trsm,getrf,gesv
+	@scripts/performance
+
 cuda: setup
 	cmake --preset cuda $(CMAKE_FLAGS)
 	cmake --build --preset cuda -j $(JOBS)
 	tests/exports/check-exports build/cuda/lib/libtarn_lapack.so
 	tests/cuda/check-without-gpu build/cuda
 
+gpu-bundle: setup
+	@scripts/gpu-bundle --arch $(GPU_ARCH) --jobs $(JOBS)
+
 format:
 	@git ls-files '*.h' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
 
 clean:
-	rm -rf build
+	rm -rf build gpu-bundle

@@ -9,6 +9,7 @@ install(TARGETS ${package_targets} EXPORT tarn_lapack_targets LIBRARY DESTINATIO
 install(FILES include/tarn_core.h include/tarn_lapack.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT tarn_lapack_targets FILE tarn_lapack-targets.cmake NAMESPACE tarn::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack)
+export(EXPORT tarn_lapack_targets NAMESPACE tarn:: FILE ${PROJECT_BINARY_DIR}/tarn_lapack-targets.cmake)
 if(TARN_BUILD_TOOLS)
     install(TARGETS tarn)
     install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn_lapack)

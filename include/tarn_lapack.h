@@ -91,7 +91,7 @@ TARN_API const char* tarnGetStatusString(tarnStatus e);
  */
 TARN_API tarnStatus tarnGetErrorInfoString(tarnStatus e, tarnInfo i, char* buf, int bufsize);
 
-/* ---- Devices: the first two work before tarnInitialize -------------------------------------------------------------*/
+/* ---- Devices: all but tarnGetExecutingDevice work before tarnInitialize --------------------------------------------*/
 
 /** Number of CUDA devices, at most 16. tarnArgumentError: info -1 (dev is null). */
 TARN_API tarnStatus tarnGetDeviceCount(int* dev);
@@ -101,6 +101,13 @@ TARN_API tarnStatus tarnSelectDevice(int dev);
 
 /** The device on which routines of the calling thread run. tarnArgumentError: info -1 (dev is null). */
 TARN_API tarnStatus tarnGetExecutingDevice(int* dev);
+
+/**
+ * Writes the name of device dev and its memory, such as "NVIDIA H200 (140 GB)", into buf, cut to bufsize bytes and always
+ * terminated. Memory is rounded to a whole number of the largest unit by powers of 1024.
+ * tarnArgumentError: info -1 (dev is no device), -2 (buf is null), -3 (bufsize is not positive).
+ */
+TARN_API tarnStatus tarnGetDeviceInfo(int dev, char* buf, int bufsize);
 
 /* ---- LU factorisation and linear systems ---------------------------------------------------------------------------*/
 

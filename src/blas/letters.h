@@ -1,12 +1,16 @@
 // The character options of LAPACK and BLAS.
 #pragma once
 
+#include <string_view>
 #include <tarndev/Complex>
 
 namespace tarn {
 
 /// Upper-case form of an ASCII letter, whatever the locale.
 constexpr char upper(char letter) { return letter >= 'a' && letter <= 'z' ? char(letter - 'a' + 'A') : letter; }
+
+/// True if the letter stands in `letters`.
+constexpr bool isOneOf(char letter, std::string_view letters) { return letters.find(letter) != letters.npos; }
 
 /// Transposition letter on the real path: "C" means "T".
 constexpr char realTransChar(char trans) { return upper(trans) == 'C' ? 'T' : trans; }

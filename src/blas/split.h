@@ -37,8 +37,8 @@ std::array<T*, 2> halves(bool byRows, T* x, int ld, int p)
     return {x, byRows ? block(x, p, 0, ld) : block(x, 0, p, ld)};
 }
 
-/// The blocks of a square matrix A, cut at (p, p), of which one triangle is stored: diagonal[0] = A11, diagonal[1] = A22,
-/// and the off-diagonal block inside the triangle, A12 (p by q) for uplo "U", A21 (q by p) for uplo "L".
+/// The blocks of a square matrix A, cut at (p, p), of which one triangle is stored: diagonal[0] = A11, diagonal[1] =
+/// A22, and the off-diagonal block inside the triangle, A12 (p by q) for uplo "U", A21 (q by p) for uplo "L".
 template <class T>
 struct TriangleBlocks
 {
@@ -50,9 +50,9 @@ struct TriangleBlocks
     {}
 };
 
-/// The half (0 or 1) of B that alone determines the same half of op(A) B (side "L") or B op(A) (side "R"), A triangular:
-/// the trailing one if op(A) is upper triangular and stands on the left, or lower triangular and stands on the right.
-/// The other half of the product depends on both halves of B.
+/// The half (0 or 1) of B that alone determines the same half of op(A) B (side "L") or B op(A) (side "R"), A
+/// triangular: the trailing one if op(A) is upper triangular and stands on the left, or lower triangular and stands on
+/// the right. The other half of the product depends on both halves of B.
 constexpr int independentHalf(char side, char uplo, char transa)
 {
     const bool upperTriangular = (uplo == 'U') == (transa == 'N');

@@ -21,9 +21,9 @@ void leaf(char side, char uplo, int m, int n, T alpha, const T* a, int lda, cons
         cublas::symm(side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 
-/// Side "L" cuts B and C by rows: C1 += A11 B1, then what the off-diagonal block adds to one half as it is stored, and to
-/// the other one transposed, then C2 += A22 B2. Side "R" cuts them by columns. The first operation on a half of C applies
-/// beta: the first recursion on C1, a gemm on C2.
+/// Side "L" cuts B and C by rows: C1 += A11 B1, then what the off-diagonal block adds to one half as it is stored, and
+/// to the other one transposed, then C2 += A22 B2. Side "R" cuts them by columns. The first operation on a half of C
+/// applies beta: the first recursion on C1, a gemm on C2.
 template <Symmetry kind, class T>
 void multiply(int nb, char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
               T* c, int ldc)
@@ -47,9 +47,11 @@ void multiply(int nb, char side, char uplo, int m, int n, T alpha, const T* a, i
         const int from = 1 - to;
         const T scale = to == 0 ? T(1) : beta;
         if (left)
-            gemm(trans, 'N', cut.size[to], n, cut.size[from], alpha, A.offDiagonal, lda, B[from], ldb, scale, C[to], ldc);
+            gemm(trans, 'N', cut.size[to], n, cut.size[from], alpha, A.offDiagonal, lda, B[from], ldb, scale, C[to],
+                 ldc);
         else
-            gemm('N', trans, m, cut.size[to], cut.size[from], alpha, B[from], ldb, A.offDiagonal, lda, scale, C[to], ldc);
+            gemm('N', trans, m, cut.size[to], cut.size[from], alpha, B[from], ldb, A.offDiagonal, lda, scale, C[to],
+                 ldc);
     };
     const auto [row, col] = offDiagonalPlace(uplo);
     const int asStored = left ? row : col, mirrored = 1 - asStored;

@@ -56,7 +56,7 @@ void update(int nb, char uplo, char trans, int n, int k, T alpha, T alpha2, cons
 
 template <Symmetry kind, class T>
 void updateBySize(char uplo, char trans, int n, int k, T alpha, T alpha2, const T* a, int lda, const T* b, int ldb,
-                   Scalar<kind, T> beta, T* c, int ldc)
+                  Scalar<kind, T> beta, T* c, int ldc)
 {
     if (n >= recursionFrom && k >= recursionFrom)
         update<kind>(blockSize<T>(Blocked::level3), uplo, trans, n, k, alpha, alpha2, a, lda, b, ldb, beta, c, ldc);
@@ -67,7 +67,8 @@ void updateBySize(char uplo, char trans, int n, int k, T alpha, T alpha2, const 
 } // namespace
 
 template <class T>
-void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c, int ldc)
+void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c,
+           int ldc)
 {
     checkSyr2k(uplo, trans, n, k, a, lda, b, ldb, c, ldc);
     updateBySize<Symmetry::symmetric>(uplo, trans, n, k, alpha, alpha, a, lda, b, ldb, beta, c, ldc);
@@ -82,8 +83,7 @@ void her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
     updateBySize<Symmetry::hermitian>(uplo, trans, n, k, alpha, conjugate, a, lda, b, ldb, beta, c, ldc);
 }
 
-#define TARN_RANK_2K(name, T, S)                                                                                       \
-    template void name(char, char, int, int, T, const T*, int, const T*, int, S, T*, int);
+#define TARN_RANK_2K(name, T, S) template void name(char, char, int, int, T, const T*, int, const T*, int, S, T*, int);
 
 TARN_RANK_2K(syr2k, float, float)
 TARN_RANK_2K(syr2k, double, double)

@@ -23,8 +23,8 @@ void leaf(char uplo, char trans, int n, int k, S alpha, const T* a, int lda, S b
         cublas::syrk(uplo, trans, n, k, alpha, a, lda, beta, c, ldc);
 }
 
-/// The diagonal blocks of C by recursion, the block between them by gemm, in the order of the columns that they stand in
-/// for uplo "L". A is cut by rows for trans "N", else by columns; each block of C sees alpha and beta once.
+/// The diagonal blocks of C by recursion, the block between them by gemm, in the order of the columns that they stand
+/// in for uplo "L". A is cut by rows for trans "N", else by columns; each block of C sees alpha and beta once.
 template <Symmetry kind, class T, class S = Scalar<kind, T>>
 void update(int nb, char uplo, char trans, int n, int k, S alpha, const T* a, int lda, S beta, T* c, int ldc)
 {
@@ -44,8 +44,8 @@ void update(int nb, char uplo, char trans, int n, int k, S alpha, const T* a, in
     const char t = mirrorTrans(kind);
 
     updateDiagonal(0);
-    gemm(plain ? 'N' : t, plain ? t : 'N', cut.size[row], cut.size[col], k, asElement<T>(alpha), A[row], lda, A[col], lda,
-         asElement<T>(beta), C.offDiagonal, ldc);
+    gemm(plain ? 'N' : t, plain ? t : 'N', cut.size[row], cut.size[col], k, asElement<T>(alpha), A[row], lda, A[col],
+         lda, asElement<T>(beta), C.offDiagonal, ldc);
     updateDiagonal(1);
 }
 

@@ -34,11 +34,11 @@ void multiply(int nb, char side, char uplo, char transa, char diag, int m, int n
 
     multiplyPart(first);
     if (left)
-        gemm(transa, 'N', cut.size[first], n, cut.size[second], alpha, A.offDiagonal, lda, B[second], ldb, T(1), B[first],
-             ldb);
+        gemm(transa, 'N', cut.size[first], n, cut.size[second], alpha, A.offDiagonal, lda, B[second], ldb, T(1),
+             B[first], ldb);
     else
-        gemm('N', transa, m, cut.size[first], cut.size[second], alpha, B[second], ldb, A.offDiagonal, lda, T(1), B[first],
-             ldb);
+        gemm('N', transa, m, cut.size[first], cut.size[second], alpha, B[second], ldb, A.offDiagonal, lda, T(1),
+             B[first], ldb);
     multiplyPart(second);
 }
 

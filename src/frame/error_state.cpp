@@ -49,9 +49,10 @@ cublasStatus_t noteCublasStatus(cublasStatus_t status) noexcept
 
 cublasStatus_t takeCublasError() noexcept
 {
+    // "Not initialized" only says that nobody has used the legacy interface, as before tarnInitialize.
     const cublasStatus_t legacy = legacyCublasGetError();
     const cublasStatus_t noted = std::exchange(firstCublasFailure, CUBLAS_STATUS_SUCCESS);
-    return legacy != CUBLAS_STATUS_SUCCESS ? legacy : noted;
+    return legacy == CUBLAS_STATUS_SUCCESS || legacy == CUBLAS_STATUS_NOT_INITIALIZED ? noted : legacy;
 }
 
 void postponeCudaError() noexcept

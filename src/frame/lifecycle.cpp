@@ -88,9 +88,13 @@ tarnStatus tarnInitialize()
             bindThreadDevice();
         else
             status = bringUp();
-        finishRoutine();
-        if (status == tarnNoError)
+        if (status == tarnNoError) {
+            finishRoutine();
             initialized = true;
+        } else {
+            // What CUDA has to add on a machine that cannot serve is not the reason.
+            abandonRoutine();
+        }
     } catch (...) {
         status = translateException();
     }

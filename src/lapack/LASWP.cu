@@ -150,20 +150,13 @@ void LASWPCOL(int n, T* A, int lda, int k1, int k2, const int* ipiv, int)
     });
 }
 
-#define TARN_KERNELS(T)                                                                                                \
-    template __global__ void KernelLASWP<velk::Map1D, T>(int, T*, int, int, int, swstruct);                            \
-    template __global__ void KernelLASWPCOL<velk::Map1D, T>(int, T*, int, int, int, swstruct);
-
-TARN_KERNELS(float)
-TARN_KERNELS(double)
-TARN_KERNELS(Complex<float>)
-TARN_KERNELS(Complex<double>)
-
 #define TARN_WRAPPERS(T)                                                                                               \
     template void LASWP(int, T*, int, int, int, const int*, int);                                                      \
     template void LASWPCOL(int, T*, int, int, int, const int*, int);
 
 TARN_WRAPPERS(float)
+TARN_WRAPPERS(double)
 TARN_WRAPPERS(Complex<float>)
+TARN_WRAPPERS(Complex<double>)
 
 } // namespace tarn::kernel

@@ -13,22 +13,40 @@ using Tile = Block<tile, tile>;
 
 } // namespace
 
-/// The tile of dst := src^T whose first element is src(r0, c0), by way of `work`. whole: no thread is out of bounds, so
-/// that the loads and stores of a CPU vectorise without tests.
-template <bool conj, bool whole, class T>
-__device__ __forceinline__ void transposeTile(T (&work)[tile][tile + 1], T* dst, int ldd, const T* src, int lds, int r0,
-                                              int c0, int rowsLeft, int colsLeft)
+/// A tile in shared memory: work[ty][tx] holds row tx, column ty.
+template <class T>
+using SharedTile = T (&)[tile][tile + 1];
+
+/// work := the tile of src (leading dimension ld) with first element (r0, c0), of which rows by cols elements exist.
+/// A whole tile needs no tests, so that a CPU vectorises it.
+template <bool whole, class T>
+__device__ __forceinline__ void loadTile(SharedTile<T> work, const T* src, int ld, int r0, int c0, int rows, int cols)
 {
     const Tile block;
     block.each([&](int tx, int ty) {
-        if (whole || (tx < rowsLeft && ty < colsLeft))
-            work[ty][tx] = src[offset(r0 + tx, c0 + ty, lds)];
+        if (whole || (tx < rows && ty < cols))
+            work[ty][tx] = src[offset(r0 + tx, c0 + ty, ld)];
     });
-    block.sync();
+}
+
+/// The tile of dst with first element (r0, c0), of which rows by cols elements exist, := work^T or, if conj, work^H.
+template <bool conj, bool whole, class T>
+__device__ __forceinline__ void storeTransposed(SharedTile<T> work, T* dst, int ld, int r0, int c0, int rows, int cols)
+{
+    const Tile block;
     block.each([&](int tx, int ty) {
-        if (whole || (tx < colsLeft && ty < rowsLeft))
-            dst[offset(c0 + tx, r0 + ty, ldd)] = conjugateIf<conj>(work[tx][ty]);
+        if (whole || (tx < rows && ty < cols))
+            dst[offset(r0 + tx, c0 + ty, ld)] = conjugateIf<conj>(work[tx][ty]);
     });
+}
+
+template <bool conj, bool whole, class T>
+__device__ __forceinline__ void transposeTile(SharedTile<T> work, T* dst, int ldd, const T* src, int lds, int r0, int c0,
+                                              int rows, int cols)
+{
+    loadTile<whole>(work, src, lds, r0, c0, rows, cols);
+    Tile().sync();
+    storeTransposed<conj, whole>(work, dst, ldd, c0, r0, cols, rows);
 }
 
 /// dst := src^T, conjugated if conj; src m by n. One block per 16 by 16 tile of src.
@@ -37,45 +55,43 @@ __global__ void Transpose_k(T* dst, int ldd, const T* src, int lds, int m, int n
 {
     __shared__ T work[tile][tile + 1];
     const int r0 = tile * int(blockIdx.x), c0 = tile * int(blockIdx.y);
-    const int rowsLeft = m - r0, colsLeft = n - c0;
-    if (rowsLeft >= tile && colsLeft >= tile)
-        transposeTile<conj, true>(work, dst, ldd, src, lds, r0, c0, rowsLeft, colsLeft);
+    const int rows = m - r0, cols = n - c0;
+    if (rows >= tile && cols >= tile)
+        transposeTile<conj, true>(work, dst, ldd, src, lds, r0, c0, rows, cols);
     else
-        transposeTile<conj, false>(work, dst, ldd, src, lds, r0, c0, rowsLeft, colsLeft);
+        transposeTile<conj, false>(work, dst, ldd, src, lds, r0, c0, rows, cols);
 }
 
-/// A := A^T in place, conjugated if conj; A n by n. The block (bx, by) with bx > by exchanges its tile with its mirror,
-/// both read whole before either is written; blocks above the tile diagonal have nothing to do.
+/// Exchanges the tile of A at (r0, c0) with its mirror at (c0, r0), both transposed. Both are read whole before either is
+/// written; a tile on the diagonal is its own mirror.
+template <bool conj, bool whole, class T>
+__device__ __forceinline__ void exchangeTiles(SharedTile<T> blockA, SharedTile<T> blockB, T* A, int lda, int r0, int c0,
+                                              int rows, int cols)
+{
+    loadTile<whole>(blockA, A, lda, r0, c0, rows, cols);
+    if (r0 != c0)
+        loadTile<whole>(blockB, A, lda, c0, r0, cols, rows);
+    Tile().sync();
+    if (r0 != c0)
+        storeTransposed<conj, whole>(blockB, A, lda, r0, c0, rows, cols);
+    storeTransposed<conj, whole>(blockA, A, lda, c0, r0, cols, rows);
+}
+
+/// A := A^T in place, conjugated if conj; A n by n. The block (bx, by) with bx >= by owns its tile and the mirror of it;
+/// blocks above the tile diagonal have nothing to do.
 template <class T, bool conj>
 __global__ void TransposeInplace_k(T* A, int lda, int n)
 {
     __shared__ T blockA[tile][tile + 1];
     __shared__ T blockB[tile][tile + 1];
-    const Tile block;
     if (blockIdx.y > blockIdx.x)
         return;
     const int r0 = tile * int(blockIdx.x), c0 = tile * int(blockIdx.y);
-    const bool diagonal = blockIdx.x == blockIdx.y;
-
-    block.each([&](int tx, int ty) {
-        if (r0 + tx < n && c0 + ty < n)
-            blockA[ty][tx] = A[offset(r0 + tx, c0 + ty, lda)];
-    });
-    if (!diagonal)
-        block.each([&](int tx, int ty) {
-            if (c0 + tx < n && r0 + ty < n)
-                blockB[ty][tx] = A[offset(c0 + tx, r0 + ty, lda)];
-        });
-    block.sync();
-    if (!diagonal)
-        block.each([&](int tx, int ty) {
-            if (r0 + tx < n && c0 + ty < n)
-                A[offset(r0 + tx, c0 + ty, lda)] = conjugateIf<conj>(blockB[tx][ty]);
-        });
-    block.each([&](int tx, int ty) {
-        if (c0 + tx < n && r0 + ty < n)
-            A[offset(c0 + tx, r0 + ty, lda)] = conjugateIf<conj>(blockA[tx][ty]);
-    });
+    const int rows = n - r0, cols = n - c0;
+    if (rows >= tile && cols >= tile)
+        exchangeTiles<conj, true>(blockA, blockB, A, lda, r0, c0, rows, cols);
+    else
+        exchangeTiles<conj, false>(blockA, blockB, A, lda, r0, c0, rows, cols);
 }
 
 namespace {
@@ -116,8 +132,10 @@ void ConjugateTranspose(T* B, int ldb, const T* A, int lda, int m, int n)
     transpose<T, true>(B, ldb, A, lda, m, n);
 }
 
-template <class T>
-void TransposeInplace(int n, T* A, int lda)
+namespace {
+
+template <class T, bool conj>
+void transposeInplace(int n, T* A, int lda)
 {
     require(n >= 0, -1);
     require(lda >= n, -3);
@@ -125,26 +143,32 @@ void TransposeInplace(int n, T* A, int lda)
         return;
     require(A != nullptr, -2);
     const velk::Map2D map(n, n, tile, tile);
-    platform::launch<&TransposeInplace_k<T, false>, Tile>(map.blocks(), map.threads(), A, lda, n);
+    platform::launch<&TransposeInplace_k<T, conj>, Tile>(map.blocks(), map.threads(), A, lda, n);
 }
 
-#define TARN_KERNELS(T)                                                                                                \
-    template __global__ void Transpose_k<T, false>(T*, int, const T*, int, int, int);                                  \
-    template __global__ void Transpose_k<T, true>(T*, int, const T*, int, int, int);                                   \
-    template __global__ void TransposeInplace_k<T, false>(T*, int, int);                                               \
-    template __global__ void TransposeInplace_k<T, true>(T*, int, int);
+} // namespace
 
-TARN_KERNELS(float)
-TARN_KERNELS(double)
-TARN_KERNELS(Complex<float>)
-TARN_KERNELS(Complex<double>)
+template <class T>
+void TransposeInplace(int n, T* A, int lda)
+{
+    transposeInplace<T, false>(n, A, lda);
+}
+
+template <class T>
+void ConjugateTransposeInplace(int n, T* A, int lda)
+{
+    transposeInplace<T, true>(n, A, lda);
+}
 
 #define TARN_WRAPPERS(T)                                                                                               \
     template void Transpose(T*, int, const T*, int, int, int);                                                         \
     template void ConjugateTranspose(T*, int, const T*, int, int, int);                                                \
-    template void TransposeInplace(int, T*, int);
+    template void TransposeInplace(int, T*, int);                                                                      \
+    template void ConjugateTransposeInplace(int, T*, int);
 
 TARN_WRAPPERS(float)
+TARN_WRAPPERS(double)
 TARN_WRAPPERS(Complex<float>)
+TARN_WRAPPERS(Complex<double>)
 
 } // namespace tarn::kernel

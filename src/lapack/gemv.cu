@@ -23,8 +23,8 @@ struct GemvShape<float>
     static constexpr int tile = 32, ty = 16, chunk = tile * ty;
 };
 
-/// Shared memory and accumulators of a block. Row c of a tile is column c of A; the odd pitch keeps lanes that read down
-/// the columns of the array on separate banks.
+/// Shared memory and accumulators of a block. Row c of a tile is column c of A; the odd pitch keeps lanes that read
+/// down the columns of the array on separate banks.
 template <class T, int TILE, int TY>
 struct GemvBlock
 {
@@ -49,7 +49,9 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
     for (int k = 0; k < TY; ++k) {
-        const int i1 = i0 + k * TILE;
+        const int i1 = i0 + k * TILE, ahead = i1 + 2 * TILE;
+        if (ahead + TILE <= m && j0 + TILE <= n)
+            prefetchBlock<TILE, TILE>(A + offset(ahead, j0, lda), lda);
         block.each([&](int tx, int ty) {
             for (int q = 0; q < TILE / TY; ++q) {
                 const int c = ty + q * TY;
@@ -127,8 +129,8 @@ void gemv(char trans, int m, int n, T alpha, const T* A, int lda, const T* x, in
         platform::launch<&gemvt_k<T, Shape::tile, Shape::ty, true>, Threads>(grid, block, m, n, alpha, mAligned, A, lda,
                                                                              beta, x, incx, y, incy);
     else
-        platform::launch<&gemvt_k<T, Shape::tile, Shape::ty, false>, Threads>(grid, block, m, n, alpha, mAligned, A, lda,
-                                                                              beta, x, incx, y, incy);
+        platform::launch<&gemvt_k<T, Shape::tile, Shape::ty, false>, Threads>(grid, block, m, n, alpha, mAligned, A,
+                                                                              lda, beta, x, incx, y, incy);
 }
 
 #define TARN_GEMV(T, TILE, TY)                                                                                         \

@@ -1,6 +1,6 @@
 // The product of a symmetric or Hermitian matrix with a vector. Every element of the stored triangle is read once and
-// used twice: as A(i, j) for row i of the result, and as its mirror for row j. Partial sums of a block therefore belong to
-// rows of other blocks, and meet either in y, by atomic additions, or in a workspace that a second kernel adds up.
+// used twice: as A(i, j) for row i of the result, and as its mirror for row j. Partial sums of a block therefore belong
+// to rows of other blocks, and meet either in y, by atomic additions, or in a workspace that a second kernel adds up.
 #include "lapack/kernels.h"
 
 #include <lapack/cu/basic>
@@ -60,7 +60,8 @@ __device__ __forceinline__ void mirrorTile(T* a)
 {
     const Threads block;
     block.each<16>([&](int tx, int ty) {
-        for (int c = ty; c < 16; c += 4) {
+        for (int k = 0; k < 4; ++k) {
+            const int c = ty + 4 * k;
             T& x = a[c * tilePitch + tx];
             if (lower ? c > tx : c < tx)
                 x = conjugate(a[tx * tilePitch + c]);
@@ -72,19 +73,19 @@ __device__ __forceinline__ void mirrorTile(T* a)
     block.sync();
 }
 
-/// acc += contribution of the 16 by 16 tile at (rowOff, colOff) of the diagonal block that starts at (i0, i0) of A; a tile
-/// off the diagonal counts a second time as its own mirror.
+/// acc += contribution of the 16 by 16 tile at (rowOff, colOff) of the diagonal block that starts at (i0, i0) of A; a
+/// tile off the diagonal counts a second time as its own mirror.
 template <bool lower, bool bounded, int rowOff, int colOff, class T>
-__device__ __forceinline__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, int lda)
+__device__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, int lda)
 {
-    constexpr int tile = 16, step = 4;
+    constexpr int tile = 16, quarters = 4;
     const Threads block;
     T* const a = shared.a;
     Private<T, Threads::threads> p;
 
     block.each<tile>([&](int tx, int ty) {
-        for (int c = ty; c < tile; c += step) {
-            const int i = i0 + rowOff + tx, j = i0 + colOff + c;
+        for (int k = 0; k < quarters; ++k) {
+            const int c = ty + quarters * k, i = i0 + rowOff + tx, j = i0 + colOff + c;
             a[c * tilePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
         }
     });
@@ -93,7 +94,7 @@ __device__ __forceinline__ void addDiagonalTile(SymvBlock<T> shared, int i0, int
         mirrorTile<lower>(a);
     block.each<tile>([&](int tx, int ty) {
         T sum(0);
-        for (int c = ty; c < tile; c += step)
+        for (int k = 0, c = ty; k < quarters; ++k, c += quarters)
             addProduct(sum, a[c * tilePitch + tx], shared.xCol[colOff + c]);
         p[tile * ty + tx] = sum;
     });
@@ -101,7 +102,7 @@ __device__ __forceinline__ void addDiagonalTile(SymvBlock<T> shared, int i0, int
         Private<T, Threads::threads> q;
         block.each<tile>([&](int tx, int ty) {
             T sum(0);
-            for (int r = ty; r < tile; r += step)
+            for (int k = 0, r = ty; k < quarters; ++k, r += quarters)
                 addProduct(sum, conjugate(a[tx * tilePitch + r]), shared.xRow[rowOff + r]);
             q[tile * ty + tx] = sum;
         });
@@ -124,34 +125,37 @@ __device__ __forceinline__ void loadX(T* to, int i0, int n, const T* x, int incx
     });
 }
 
-/// The two products with a panel tile M, 32 by 32, that starts at (i0, j0) of A: u = M xCol and v = M^H xRow, for thread
-/// t below 32 in u(t) and v(t). Four stripes of eight columns; a thread sums every second column for one row of u, and
-/// every eighth row for one column of v.
+/// The two products with a panel tile M, 32 by 32, that starts at (i0, j0) of A: u = M xCol and v = M^H xRow, for
+/// thread t below 32 in u(t) and v(t). Four stripes of eight columns; a thread sums every second column for one row of
+/// u, and every eighth row for one column of v. next: the tile that follows, or null.
 template <bool bounded, class T>
 __device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, int i0, int j0, int n, const T* A, int lda,
-                                              Private<T, blockOrder>& u, Private<T, blockOrder>& v)
+                                              const T* next, Private<T, blockOrder>& u, Private<T, blockOrder>& v)
 {
-    constexpr int stripes = 4, width = 8;
+    constexpr int stripes = 4, width = 8,
+                  parts = 4; // a thread's share of a stripe: parts elements for u, as many for v
     const Threads block;
     T* const a = shared.a;
     Private<T, Threads::threads> p, q[stripes];
 
     block.each<blockOrder>([&](int tx, int ty) { p[blockOrder * ty + tx] = T(0); });
     for (int s = 0; s < stripes; ++s) {
+        if (next)
+            prefetchBlock<blockOrder, width>(next + offset(0, width * s, lda), lda);
         block.each<blockOrder>([&](int tx, int ty) {
-            for (int c = ty; c < width; c += 2) {
+            for (int e = 0, c = ty; e < parts; ++e, c += 2) {
                 const int i = i0 + tx, j = j0 + width * s + c;
                 a[c * stripePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
             }
         });
         block.sync();
         block.each<blockOrder>([&](int tx, int ty) {
-            for (int c = ty; c < width; c += 2)
+            for (int e = 0, c = ty; e < parts; ++e, c += 2)
                 addProduct(p[blockOrder * ty + tx], a[c * stripePitch + tx], shared.xCol[width * s + c]);
         });
         block.eachAlongY<width>([&](int tx, int ty) {
             T sum(0);
-            for (int r = ty; r < blockOrder; r += width)
+            for (int e = 0, r = ty; e < parts; ++e, r += width)
                 addProduct(sum, conjugate(a[tx * stripePitch + r]), shared.xRow[r]);
             q[s][width * tx + ty] = sum;
         });
@@ -181,8 +185,8 @@ __device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, int i0, int j
     block.sync();
 }
 
-/// Where the partial sums of a block meet those of others: sumType 0, in y by atomic additions; 1, in the block's row of
-/// the workspace, which no other block touches.
+/// Where the partial sums of a block meet those of others: sumType 0, in y by atomic additions; 1, in the block's row
+/// of the workspace, which no other block touches.
 template <int sumType, class T>
 struct PartialSums
 {
@@ -221,9 +225,9 @@ __global__ void symv_init_k(int n, T, const T*, int, const T*, int, T beta, T* y
     });
 }
 
-/// Adds alpha A x to y or to the workspace. Block b owns the diagonal block b and the panels of the stored triangle in its
-/// block column (lower) or block row (upper). uploType 1: lower; boundsType 1: n is a multiple of NB, nothing is tested
-/// against it; sumType: see PartialSums.
+/// Adds alpha A x to y or to the workspace. Block b owns the diagonal block b and the panels of the stored triangle in
+/// its block column (lower) or block row (upper). uploType 1: lower; boundsType 1: n is a multiple of NB, nothing is
+/// tested against it; sumType: see PartialSums.
 template <class T, int uploType, int boundsType, int sumType, int NB>
 __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx, T, T* y, int incy, T* work)
 {
@@ -247,7 +251,9 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
     for (int r0 = i0 + NB; r0 < n; r0 += NB) {
         loadX<bounded>(lower ? xx_t : xx_n, r0, n, x, incx);
         block.sync();
-        multiplyPanel<bounded>(shared, lower ? r0 : i0, lower ? i0 : r0, n, A, lda, u, v);
+        const int r1 = r0 + NB;
+        const T* const next = r1 + NB <= n ? A + (lower ? offset(r1, i0, lda) : offset(i0, r1, lda)) : nullptr;
+        multiplyPanel<bounded>(shared, lower ? r0 : i0, lower ? i0 : r0, n, A, lda, next, u, v);
         block.each<NB>([&](int tx, int ty) {
             if (ty == 0) {
                 acc[tx] += lower ? v[tx] : u[tx];
@@ -311,8 +317,8 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
     withConstant(uplo == 'L' || uplo == 'l', [&](auto lower) {
         withConstant(n % blockOrder == 0, [&](auto aligned) {
             withConstant(work != nullptr, [&](auto sumType) {
-                constexpr auto kernel = &symv_k<T, decltype(lower)::value, decltype(aligned)::value,
-                                                decltype(sumType)::value, blockOrder>;
+                constexpr auto kernel =
+                    &symv_k<T, decltype(lower)::value, decltype(aligned)::value, decltype(sumType)::value, blockOrder>;
                 platform::launch<kernel, Threads>(grid, threads, n, alpha, A, lda, x, incx, beta, y, incy, work);
             });
         });
@@ -321,8 +327,18 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
         platform::launch<&symv_reduction_k<T>, Line>(grid, line, n, alpha, A, lda, x, incx, beta, y, incy, work);
 }
 
-#define TARN_SYMV_VARIANT(T, uploType, boundsType, sumType)                                                                template __global__ void symv_k<T, uploType, boundsType, sumType, 32>(int, T, const T*, int, const T*, int, T, T*,                                                                           int, T*);
-#define TARN_SYMV(T)                                                                                                       template __global__ void symv_init_k<T, 1>(int, T, const T*, int, const T*, int, T, T*, int);                          template __global__ void symv_reduction_k<T>(int, T, const T*, int, const T*, int, T, T*, int, T*);                    TARN_SYMV_VARIANT(T, 0, 0, 0)                                                                                          TARN_SYMV_VARIANT(T, 0, 0, 1)                                                                                          TARN_SYMV_VARIANT(T, 0, 1, 0)                                                                                          TARN_SYMV_VARIANT(T, 0, 1, 1)                                                                                          TARN_SYMV_VARIANT(T, 1, 0, 0)                                                                                          TARN_SYMV_VARIANT(T, 1, 0, 1)                                                                                          TARN_SYMV_VARIANT(T, 1, 1, 0)                                                                                          TARN_SYMV_VARIANT(T, 1, 1, 1)                                                                                          template void symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
+#define TARN_SYMV_VARIANT(T, uploType, boundsType, sumType)                                                            \
+    template __global__ void symv_k<T, uploType, boundsType, sumType, 32>(int, T, const T*, int, const T*, int, T, T*, \
+                                                                          int, T*);
+#define TARN_SYMV(T)                                                                                                   \
+    template __global__ void symv_init_k<T, 1>(int, T, const T*, int, const T*, int, T, T*, int);                      \
+    template __global__ void symv_reduction_k<T>(int, T, const T*, int, const T*, int, T, T*, int, T*);                \
+    TARN_SYMV_VARIANT(T, 0, 0, 0)                                                                                      \
+    TARN_SYMV_VARIANT(T, 0, 0, 1)                                                                                      \
+    TARN_SYMV_VARIANT(T, 0, 1, 0)                                                                                      \
+    TARN_SYMV_VARIANT(T, 0, 1, 1) TARN_SYMV_VARIANT(T, 1, 0, 0) TARN_SYMV_VARIANT(T, 1, 0, 1)                          \
+        TARN_SYMV_VARIANT(T, 1, 1, 0) TARN_SYMV_VARIANT(T, 1, 1, 1) template void                                      \
+        symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
 
 TARN_SYMV(float)
 TARN_SYMV(double)

@@ -56,6 +56,11 @@ public:
     Shape threads() const override;
     Shape blocks() const override;
 
+    /// Row of the threads tx = 0, and column of the threads ty = 0; thread (tx, ty) has the element that lies tx rows
+    /// down and ty columns to the right.
+    static __device__ __forceinline__ int firstRow() { return int(blockDim.x * blockIdx.x); }
+    static __device__ __forceinline__ int firstColumn() { return int(blockDim.y * blockIdx.y); }
+
 private:
     int rows_, columns_;
     unsigned threadsX_, threadsY_;
@@ -70,8 +75,57 @@ public:
     Shape threads() const override { return {N, 1, 1}; }
     Shape blocks() const override;
 
+    /// Item of the first thread of a block, by the x index alone; thread t has the item t places on.
+    static __device__ __forceinline__ int firstItem() { return N * int(blockIdx.x); }
+
 private:
     int count_;
+};
+
+// Maps that no launch computes with: as template arguments of kernels they name the index arithmetic.
+
+/// As Map2D with blocks of X by Y threads.
+template <int X, int Y>
+struct StaticMap2D
+{
+    static __device__ __forceinline__ int firstRow() { return X * int(blockIdx.x); }
+    static __device__ __forceinline__ int firstColumn() { return Y * int(blockIdx.y); }
+
+    /// Number of the block in the grid, x first.
+    static __device__ __forceinline__ std::int64_t block() { return std::int64_t(gridDim.x) * blockIdx.y + blockIdx.x; }
+};
+
+/// N elements of one line of a matrix per block: line bx, elements N by to N by + N - 1.
+template <int N>
+struct StaticLineMap
+{
+    static __device__ __forceinline__ int line() { return int(blockIdx.x); }
+    static __device__ __forceinline__ int firstElement() { return N * int(blockIdx.y); }
+
+    /// Number of the block in the grid, y first: the blocks of a line are neighbours.
+    static __device__ __forceinline__ std::int64_t block() { return std::int64_t(gridDim.y) * blockIdx.x + blockIdx.y; }
+};
+
+/// Lines are columns.
+template <int N>
+struct StaticColumnWiseMap : StaticLineMap<N>
+{};
+
+/// Lines are rows.
+template <int N>
+struct StaticRowWiseMap : StaticLineMap<N>
+{};
+
+/// One run of values per block of N threads, which stride through it by N.
+template <int N>
+struct StaticOneBlockMap1D
+{};
+
+/// As Map2D; the kernel keeps one triangle of the elements.
+struct TriangularMap2D
+{
+    static __device__ __forceinline__ int firstRow() { return Map2D::firstRow(); }
+    static __device__ __forceinline__ int firstColumn() { return Map2D::firstColumn(); }
 };
 
 } // namespace velk

@@ -1,5 +1,5 @@
-// Level 3: every letter, type and form against a reference, below and above the sizes at which the recursions begin; what
-// must not be read or written; empty products.
+// Level 3: every letter, type and form against a reference, below and above the sizes at which the recursions begin;
+// what must not be read or written; empty products.
 #include "blas/reference.h"
 #include "blas/routines.h"
 
@@ -171,20 +171,33 @@ void expectTriangularOf(int left, int leftN, int rightM, int right, const std::s
     expectTriangular<T, solve>('r', 'l', 't', 'n', rightM, right, T(0));
 }
 
-TYPED_TEST(Level3, TrsmDirect) { expectTriangularOf<TypeParam, true>(65, 7, 12, 33, "NU"); }
+TYPED_TEST(Level3, TrsmDirect)
+{
+    expectTriangularOf<TypeParam, true>(65, 7, 12, 33, "NU");
+}
 
-TYPED_TEST(Level3, TrsmRecursive) { expectTriangularOf<TypeParam, true>(515, 512, 513, 600, "N"); }
+TYPED_TEST(Level3, TrsmRecursive)
+{
+    expectTriangularOf<TypeParam, true>(515, 512, 513, 600, "N");
+}
 
-TYPED_TEST(Level3, TrmmDirect) { expectTriangularOf<TypeParam, false>(65, 7, 12, 33, "NU"); }
+TYPED_TEST(Level3, TrmmDirect)
+{
+    expectTriangularOf<TypeParam, false>(65, 7, 12, 33, "NU");
+}
 
-TYPED_TEST(Level3, TrmmRecursive) { expectTriangularOf<TypeParam, false>(1024, 3, 2, 1155, "U"); }
+TYPED_TEST(Level3, TrmmRecursive)
+{
+    expectTriangularOf<TypeParam, false>(1024, 3, 2, 1155, "U");
+}
 
 // ---- symm and hemm ----
 
 template <class T, bool hermitian>
 void expectSymm(char side, char uplo, int m, int n, Scalars<T> s)
 {
-    auto A = Matrix<T>::random(upper(side) == 'L' ? m : n, upper(side) == 'L' ? m : n, (upper(side) == 'L' ? m : n) + pad);
+    auto A =
+        Matrix<T>::random(upper(side) == 'L' ? m : n, upper(side) == 'L' ? m : n, (upper(side) == 'L' ? m : n) + pad);
     if (hermitian)
         spoilDiagonal(A);
     poisonOtherTriangle(uplo, A);
@@ -346,7 +359,10 @@ void expectAllUpdates(const std::string& transRankK, const std::string& transRan
     }
 }
 
-TYPED_TEST(Level3, SymmetricUpdates) { expectAllUpdates<TypeParam, false>("NT", "NT"); }
+TYPED_TEST(Level3, SymmetricUpdates)
+{
+    expectAllUpdates<TypeParam, false>("NT", "NT");
+}
 
 TYPED_TEST(Level3, HermitianUpdates)
 {

@@ -1,6 +1,6 @@
-// References of the BLAS tests. Operands are expanded to the full matrices that they stand for; a product is then checked
-// by its effect on a random vector, in a precision above that of the elements: for w with independent elements of variance
-// 1 the mean of norm2(E w)^2 is normF(E)^2.
+// References of the BLAS tests. Operands are expanded to the full matrices that they stand for; a product is then
+// checked by its effect on a random vector, in a precision above that of the elements: for w with independent elements
+// of variance 1 the mean of norm2(E w)^2 is normF(E)^2.
 #pragma once
 
 #include "support/matrix.h"
@@ -65,10 +65,16 @@ T notANumber()
     return scalar<T>(nan, nan);
 }
 
-inline char upper(char letter) { return letter >= 'a' ? char(letter - 'a' + 'A') : letter; }
+inline char upper(char letter)
+{
+    return letter >= 'a' ? char(letter - 'a' + 'A') : letter;
+}
 
 /// True for the places of a triangle, diagonal included.
-inline bool inTriangle(char uplo, int i, int j) { return upper(uplo) == 'U' ? i <= j : i >= j; }
+inline bool inTriangle(char uplo, int i, int j)
+{
+    return upper(uplo) == 'U' ? i <= j : i >= j;
+}
 
 /// op(A) of a general matrix.
 template <class T>
@@ -160,8 +166,8 @@ void addProduct(std::vector<Wider<T>>& y, const Wider<T>& alpha, const Matrix<T>
     }
 }
 
-/// normF(C - (the terms + beta C0)) / ((sum of sqrt(k + 2) abs(alpha) normF(left) normF(right), + 2 abs(beta) normF(C0))
-/// eps), estimated by a random vector. The bound is 3. C0 counts for nothing where beta is 0.
+/// normF(C - (the terms + beta C0)) / ((sum of sqrt(k + 2) abs(alpha) normF(left) normF(right), + 2 abs(beta)
+/// normF(C0)) eps), estimated by a random vector. The bound is 3. C0 counts for nothing where beta is 0.
 template <class T>
 double ratio(const Matrix<T>& C, const std::vector<Term<T>>& terms, T beta, const Matrix<T>& C0)
 {

@@ -16,7 +16,10 @@ enum Form
     onDevice
 };
 
-inline std::ostream& operator<<(std::ostream& out, Form form) { return out << (form == onHost ? "host" : "device"); }
+inline std::ostream& operator<<(std::ostream& out, Form form)
+{
+    return out << (form == onHost ? "host" : "device");
+}
 
 constexpr Form bothForms[] = {onHost, onDevice};
 
@@ -24,7 +27,8 @@ constexpr Form bothForms[] = {onHost, onDevice};
 template <class T>
 struct Routines;
 
-#define TARN_FORMS(X, routine) static constexpr decltype(&tarn##X##routine) routine[2] = {tarn##X##routine, tarnDevice##X##routine};
+#define TARN_FORMS(X, routine)                                                                                         \
+    static constexpr decltype(&tarn##X##routine) routine[2] = {tarn##X##routine, tarnDevice##X##routine};
 #define TARN_COMMON_ROUTINES(X)                                                                                        \
     TARN_FORMS(X, gemm)                                                                                                \
     TARN_FORMS(X, trsm)                                                                                                \

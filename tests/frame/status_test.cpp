@@ -106,7 +106,7 @@ TEST(Status, MessageArgumentsAreCheckedInOrder)
     char buffer[4] = "abc";
     const auto infoOf = [](tarnStatus status) { return status == tarnArgumentError ? tarnGetErrorInfo() : 1; };
     EXPECT_EQ(infoOf(tarnGetErrorInfoString(statusOf(13), 0, nullptr, 0)), -1);
-    EXPECT_EQ(infoOf(tarnGetErrorInfoString(statusOf(-1), 0, buffer, 4)), -1);
+    EXPECT_EQ(infoOf(tarnGetErrorInfoString(statusOf(15), 0, buffer, 4)), -1);
     EXPECT_EQ(infoOf(tarnGetErrorInfoString(tarnNoError, 0, nullptr, 0)), -3);
     EXPECT_EQ(infoOf(tarnGetErrorInfoString(tarnNoError, 0, buffer, 0)), -4);
     EXPECT_EQ(infoOf(tarnGetErrorInfoString(tarnNoError, 0, buffer, -5)), -4);

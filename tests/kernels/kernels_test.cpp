@@ -1,13 +1,9 @@
 // The device modules by their launch wrappers: results against plain loops, bit by bit, and the launches that they
 // take.
-#include "frame/device_table.h"
-#include "frame/exceptions.h"
 #include "frame/machine.h"
+#include "kernels/fixture.h"
 #include "lapack/kernels.h"
 #include "lapack/thread_maps.h"
-#include "support/matrix.h"
-
-#include <gtest/gtest.h>
 
 #include <climits>
 #include <functional>
@@ -16,43 +12,11 @@
 namespace {
 
 using namespace test;
-using C = tarn::Complex<float>;
-
-/// Info of the argument error that the call raises, 1 if it raises nothing.
-int infoOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const tarn::InfoException& failure) {
-        EXPECT_EQ(failure.status(), tarnArgumentError);
-        return failure.info();
-    }
-    return 1;
-}
-
-float conjugate(float x)
-{
-    return x;
-}
-C conjugate(C x)
-{
-    return C(x.real(), -x.imag());
-}
 
 template <class T>
-class Kernels : public testing::Test
-{
-protected:
-    void SetUp() override { tarn::bindThreadDevice(); }
-    void TearDown() override
-    {
-        EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-        EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-    }
-};
-
-using Types = testing::Types<float, C>;
-TYPED_TEST_SUITE(Kernels, Types);
+class Kernels : public KernelTest<T>
+{};
+TYPED_TEST_SUITE(Kernels, ElementTypes);
 
 TYPED_TEST(Kernels, TransposesEveryShape)
 {
@@ -87,14 +51,16 @@ TYPED_TEST(Kernels, TransposesInPlace)
         for (const int pad : {0, 5}) {
             SCOPED_TRACE(testing::Message() << n << " + " << pad);
             const auto A = Matrix<T>::random(n, n, n + pad, n);
-            auto B = A, expected = A;
-            const DeviceArray<T> b(B.elements());
+            auto B = A, H = A, expected = A;
+            const DeviceArray<T> b(B.elements()), h(B.elements());
             tarn::kernel::TransposeInplace(n, b.data(), B.ld);
-            B.elements() = b.download();
-            for (int j = 0; j < n; ++j)
-                for (int i = 0; i < n; ++i)
-                    expected(j, i) = A(i, j);
+            tarn::kernel::ConjugateTransposeInplace(n, h.data(), H.ld);
+            download(B, b);
+            download(H, h);
+            visit(expected, [&](int i, int j, T& x) { x = A(j, i); });
             EXPECT_TRUE(identical(B, expected));
+            expected.each([](T& x) { x = conjugate(x); });
+            EXPECT_TRUE(identical(H, expected));
         }
 }
 
@@ -186,13 +152,14 @@ TYPED_TEST(Kernels, InterchangesReachBeyondSixteenBits)
 {
     using T = TypeParam;
     const int extent = 140000;
-    std::vector<int> far(40), spread(40), edge(40);
+    std::vector<int> far(40), spread(40), edge(40), tooWide(40);
     for (int k = 0; k < 40; ++k) {
-        far[k] = extent - 3 * k;                 // one run can hold these, counted from its lowest
-        spread[k] = k % 3 == 0 ? k + 1 : far[k]; // further apart than 16 bits
-        edge[k] = 65530 + k;                     // across the border
+        far[k] = extent - 3 * k;                     // one run can hold these, counted from its lowest
+        spread[k] = k % 3 == 0 ? k + 1 : far[k];     // further apart than 16 bits
+        edge[k] = 65530 + k;                         // across the border
+        tooWide[k] = k % 2 == 0 ? 100 : 100 + 65536; // by one
     }
-    for (const auto& ipiv : {far, spread, edge}) {
+    for (const auto& ipiv : {far, spread, edge, tooWide}) {
         expectInterchanges<T>(extent, 2, 1, 40, ipiv);
         expectInterchanges<T>(extent, 2, 7, 23, ipiv);
     }

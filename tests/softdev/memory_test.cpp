@@ -1,11 +1,13 @@
 /// Addresses and allocations.
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <random>
 
 #include "cublas_v2.h"
 #include "fixture.hpp"
+#include "free_space.hpp"
 
 using MemoryTest = SoftdevTest;
 using MemoryDeathTest = SoftdevTest;
@@ -144,6 +146,23 @@ TEST_F(MemoryTest, CapacityIsALimitAndComesBack)
     EXPECT_EQ(cudaMallocPitch(&first, &pitch, MiB, std::size_t{1} << 50), cudaErrorMemoryAllocation);
     ASSERT_EQ(cudaMalloc(&first, 0), cudaSuccess);
     EXPECT_EQ(first, nullptr);
+}
+
+// Whatever the order in which neighbours come back, they are one range again.
+TEST(FreeSpaceTest, NeighboursJoin)
+{
+    std::vector<std::size_t> order{0, 1, 2, 3};
+    do {
+        tarn::soft::FreeSpace space(400);
+        for (std::size_t i = 0; i < 4; ++i)
+            ASSERT_EQ(space.take(100), i * 100);
+        ASSERT_FALSE(space.take(1));
+        for (const std::size_t i : order)
+            space.give(i * 100, 100, 50);
+        EXPECT_EQ(space.resident(), 200u);
+        EXPECT_EQ(space.take(400), 0u);
+        EXPECT_EQ(space.resident(), 0u);
+    } while (std::next_permutation(order.begin(), order.end()));
 }
 
 // Each live block is filled with a value of its own, which must still be there when it is freed.

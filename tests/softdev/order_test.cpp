@@ -1,6 +1,7 @@
 /// When queued work runs.
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "cublas_v2.h"
@@ -8,26 +9,38 @@
 
 using OrderTest = SoftdevTest;
 
-// At the tail of the queue, a copy must not have touched its page-locked side until somebody waits.
+// Long enough for the device's thread to run what it may run.
+static void giveDeviceTime()
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
+// At the tail of the queue, a copy must not have touched its page-locked side until somebody waits, be it worth a
+// thread of its own or not.
 TEST_F(OrderTest, PageLockedCopiesAreLate)
 {
-    for (const bool hold : {false, true}) {
-        softdevSetHold(hold);
-        cudaStream_t stream;
-        ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-        DeviceArray<int> device(1);
-        PinnedArray<int> host(2);
-        host[0] = 1;
-        host[1] = 7;
-        ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
-        host[0] = 2;
-        ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
-        ASSERT_EQ(cudaMemcpy2DAsync(host + 1, 4, device, 4, 4, 1, cudaMemcpyDeviceToHost, stream), cudaSuccess);
-        EXPECT_EQ(host[1], 7);
-        ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
-        EXPECT_EQ(host[1], 2);
-        EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
-    }
+    for (const bool hold : {false, true})
+        for (const std::size_t count : {1, 1 << 20}) {
+            softdevSetHold(hold);
+            cudaStream_t stream;
+            ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+            DeviceArray<int> device(count);
+            PinnedArray<int> up(count), down(count);
+            const std::size_t bytes = device.bytes();
+            up[0] = 1;
+            down[0] = 7;
+            ASSERT_EQ(cudaMemcpyAsync(device, up, bytes, cudaMemcpyHostToDevice, stream), cudaSuccess);
+            giveDeviceTime();
+            up[0] = 2;
+            ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+            ASSERT_EQ(cudaMemcpy2DAsync(down, bytes, device, bytes, bytes, 1, cudaMemcpyDeviceToHost, stream),
+                      cudaSuccess);
+            giveDeviceTime();
+            EXPECT_EQ(down[0], 7);
+            ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+            EXPECT_EQ(down[0], 2);
+            EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+        }
 }
 
 TEST_F(OrderTest, PageableAsyncCopyIsDoneAtReturn)
@@ -71,10 +84,11 @@ TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
     DeviceArray<int> device(1);
     PinnedArray<int> host(1);
-    int ran = 0;
-    ASSERT_EQ(launch(1, [&ran] { ++ran; }), cudaSuccess);
+    std::atomic<int> ran{0};
+    ASSERT_EQ(launch(64, [&ran] { ran += blockIdx.x == 0; }), cudaSuccess);
     ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
     ASSERT_EQ(launch(1, [&ran] { ++ran; }), cudaSuccess);
+    giveDeviceTime();
     EXPECT_EQ(ran, 0);
     ASSERT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
     EXPECT_EQ(ran, 1);
@@ -83,14 +97,20 @@ TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
 }
 
+/// Reads what the device may be writing.
+__attribute__((no_sanitize("thread"))) static int peek(const volatile int* address)
+{
+    return *address;
+}
+
 // A kernel that waits for the host proves that the device works on its own and that no asynchronous call waits for it.
 TEST_F(OrderTest, LongWorkRunsBesideTheHost)
 {
     cudaStream_t stream;
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    DeviceArray<int> device(1);
+    DeviceArray<int> device(std::vector<int>(1, 3));
     PinnedArray<int> host(1);
-    host[0] = 3;
+    host[0] = 0;
     std::atomic<bool> started{false}, open{false};
     const auto gate = [&] {
         started = true;
@@ -100,11 +120,32 @@ TEST_F(OrderTest, LongWorkRunsBesideTheHost)
     ASSERT_EQ(launch(64, gate), cudaSuccess);
     while (!started)
         std::this_thread::yield();
-    ASSERT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
+    ASSERT_EQ(cudaMemcpyAsync(host, device, sizeof(int), cudaMemcpyDeviceToHost, stream), cudaSuccess);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
     EXPECT_EQ(cudaStreamSynchronize(stream), cudaErrorInvalidResourceHandle);
+    EXPECT_EQ(peek(host), 0);
     open = true;
-    EXPECT_EQ(device.download()[0], 3) << "work of a destroyed stream was lost";
+    for (int i = 0; i < 1000 && peek(host) == 0; ++i)
+        giveDeviceTime();
+    EXPECT_EQ(peek(host), 3) << "work of a destroyed stream was lost";
+}
+
+// A copy too small to wake the device for runs all the same once its stream, and so the one way to wait for it, is
+// gone.
+TEST_F(OrderTest, DestroyingAStreamSetsItsWorkGoing)
+{
+    cudaStream_t stream;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    DeviceArray<int> device(std::vector<int>(1, 3));
+    PinnedArray<int> host(1);
+    host[0] = 0;
+    ASSERT_EQ(cudaMemcpyAsync(host, device, sizeof(int), cudaMemcpyDeviceToHost, stream), cudaSuccess);
+    giveDeviceTime();
+    EXPECT_EQ(peek(host), 0);
+    ASSERT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    for (int i = 0; i < 1000 && peek(host) == 0; ++i)
+        giveDeviceTime();
+    EXPECT_EQ(peek(host), 3);
 }
 
 TEST_F(OrderTest, StaleStreamsAreRefused)

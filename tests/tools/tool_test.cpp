@@ -128,6 +128,9 @@ TEST_F(Tool, MeasuresEveryRoutineInEveryType)
         {"gemm", "sdcz"},  {"symm", "sdcz"}, {"hemm", "cz"},   {"syrk", "sdcz"}, {"herk", "cz"},
         {"syr2k", "sdcz"}, {"her2k", "cz"},  {"trmm", "sdcz"}, {"trsm", "sdcz"}, {"gemv", "sdcz"},
         {"symv", "sd"},    {"hemv", "cz"},   {"getrf", "sc"},  {"gesv", "sc"}};
+    const std::string listed = "\n" + run("bench --list").out;
+    for (const auto& [routine, types] : all)
+        EXPECT_NE(listed.find(std::string("\n") + routine + " " + types + " "), std::string::npos) << listed;
     for (const auto& [routine, types] : all)
         for (const char type : std::string(types))
             // Three sizes, on host and on device pointers.

@@ -20,7 +20,7 @@ struct Options
     std::string types = "s";
     std::vector<std::string> sizes = {"1024"};
     int nrhs = 10, repeats = 0;
-    bool json = false, csv = false;
+    bool json = false, csv = false, list = false;
 };
 
 /// Appends what "N" or "N:N2:STEP" means: the sizes N, N + STEP, ... up to N2.
@@ -96,8 +96,19 @@ void run(const Routine& routine, char type, int size, const Options& options, Ta
     table.add(row);
 }
 
+/// A line per routine for scripts: name, types, reference.
+void list()
+{
+    for (const Routine& routine : routines())
+        fmt::print("{} {} {}\n", routine.name, routine.types, routine.reference);
+}
+
 int runBench(const Options& options)
 {
+    if (options.list) {
+        list();
+        return 0;
+    }
     std::vector<int> sizes;
     for (const std::string& text : options.sizes)
         appendSizes(sizes, text);
@@ -159,6 +170,7 @@ Command addBench(CLI::App& tarn)
         ->capture_default_str();
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
     app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
+    app->add_flag("--list", options->list, "Measure nothing: print each routine's name, types and reference");
     app->footer(bench::help());
     return {app, [options] { return bench::runBench(*options); }};
 }

@@ -1,6 +1,8 @@
 // What the library needs of a provider beyond the calls of the CUDA runtime and cuBLAS. Here: the software device.
 #pragma once
 
+#include "race_check.h"
+
 #include <cuda_runtime.h>
 #include <softdev.h>
 
@@ -52,7 +54,8 @@ void launch(dim3 grid, dim3 block, Args... args)
         return;
     }
     static const std::string name = kernelName<Kernel>();
-    softdevLaunch(name.c_str(), grid, block, dim3(Shape::x, Shape::y), [views] { std::apply(Kernel, views); });
+    softdevLaunch(name.c_str(), grid, block, dim3(Shape::x, Shape::y),
+                  [views] { race::block([&] { std::apply(Kernel, views); }); });
 }
 
 } // namespace tarn::platform

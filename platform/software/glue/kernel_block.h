@@ -1,6 +1,11 @@
 // The thread block of a kernel on the software device: one host thread runs a phase for all threads of the block.
 #pragma once
 
+#include "race_check.h"
+
+/// Before a loop: unrolls it on a GPU. On a CPU the loop over threads inside it is the long one.
+#define TARN_UNROLL(n)
+
 namespace tarn {
 
 /// A block of X by Y threads. `each` runs one phase, `sync` separates phases that communicate.
@@ -17,7 +22,7 @@ struct Block
         for (int ty = 0; ty < Y; ++ty)
 #pragma GCC ivdep
             for (int tx = 0; tx < X; ++tx)
-                phase(tx, ty);
+                race::thread(X * ty + tx, [&] { phase(tx, ty); });
     }
 
     /// As each, along ty: for phases whose memory is contiguous in ty.
@@ -27,10 +32,13 @@ struct Block
         for (int tx = 0; tx < X; ++tx)
 #pragma GCC ivdep
             for (int ty = 0; ty < Y; ++ty)
-                phase(tx, ty);
+                race::thread(X * ty + tx, [&] { phase(tx, ty); });
     }
 
-    void sync() const {}
+    void sync() const
+    {
+        race::sync();
+    }
 };
 
 template <int X>
@@ -44,7 +52,7 @@ struct Block<X, 1>
     {
 #pragma GCC ivdep
         for (int t = 0; t < X; ++t)
-            phase(t);
+            race::thread(t, [&] { phase(t); });
     }
 
     /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
@@ -61,7 +69,10 @@ struct Block<X, 1>
         Block<W, X / W>().eachAlongY(phase);
     }
 
-    void sync() const {}
+    void sync() const
+    {
+        race::sync();
+    }
 };
 
 /// A register of each of the N threads of a block that lives from one phase to the next.
@@ -74,5 +85,11 @@ struct Private
 private:
     T values_[N];
 };
+
+/// A hint that the memory at p will be read soon.
+inline __attribute__((always_inline)) void prefetch(const void* p)
+{
+    __builtin_prefetch(p);
+}
 
 } // namespace tarn

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <string>
 
@@ -28,12 +29,26 @@ struct Launch
 
     std::int64_t blocks() const { return std::int64_t{grid.x} * grid.y * grid.z; }
 
+    /// Coordinates of the block that runs as number `index`. The blocks of a plane run in small squares, so that kernels
+    /// which walk rows here and columns there, as transpositions do, stay within few pages at a time.
+    uint3 place(std::uint64_t index) const
+    {
+        constexpr unsigned side = 4;
+        const std::uint64_t plane = std::uint64_t{grid.x} * grid.y, band = std::uint64_t{grid.x} * side;
+        const auto z = static_cast<unsigned>(index / plane);
+        index %= plane;
+        const unsigned y0 = static_cast<unsigned>(index / band) * side;
+        index %= band;
+        const unsigned height = std::min(side, grid.y - y0);
+        const unsigned x0 = static_cast<unsigned>(index / (side * height)) * side;
+        index %= side * height;
+        const unsigned width = std::min(side, grid.x - x0);
+        return {x0 + static_cast<unsigned>(index % width), y0 + static_cast<unsigned>(index / width), z};
+    }
+
     void runOne(std::int64_t index) const
     {
-        const auto row = static_cast<std::uint64_t>(index) / grid.x;
-        const uint3 coordinates{static_cast<unsigned>(static_cast<std::uint64_t>(index) % grid.x),
-                                static_cast<unsigned>(row % grid.y), static_cast<unsigned>(row / grid.y)};
-        tarnSoftBlock() = {coordinates, block, grid};
+        tarnSoftBlock() = {place(static_cast<std::uint64_t>(index)), block, grid};
         runBlock();
     }
 

@@ -22,6 +22,7 @@ tarnStatus hostGemm(char transa, char transb, int m, int n, int k, T alpha, T* a
 {
     return hostForm<T>([&] {
         checkGemm(transa, transb, m, n, k, a, lda, b, ldb, c, ldc);
+        // A null C passes the check where k is 0; there is nothing to scale then.
         if (m == 0 || n == 0 || !c)
             return finished(tarnNoError);
         DeviceMirror<T> A(transposedExtent(transa, m, k), a, lda, MirrorIn);

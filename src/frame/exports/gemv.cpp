@@ -1,8 +1,8 @@
 // tarn<X>gemv and tarnDevice<X>gemv.
-#include "lapack/kernels.h"
 #include "blas/checks.h"
 #include "frame/exports/elements.h"
 #include "frame/routine.h"
+#include "lapack/kernels.h"
 #include "memory/mirrors.h"
 
 namespace tarn {

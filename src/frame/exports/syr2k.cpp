@@ -31,6 +31,7 @@ tarnStatus hostRank2K(Rank2K<T, S> routine, char uplo, char trans, int n, int k,
 {
     return hostForm<T>([&] {
         routine.check(uplo, trans, n, k, a, lda, b, ldb, c, ldc);
+        // A null C passes the check where k is 0; there is nothing to scale then.
         if (n == 0 || !c)
             return finished(tarnNoError);
         const Extent operand = transposedExtent(trans, n, k);

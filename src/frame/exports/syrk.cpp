@@ -30,12 +30,13 @@ tarnStatus hostRankK(RankK<T, S> routine, char uplo, char trans, int n, int k, S
 {
     return hostForm<T>([&] {
         routine.check(uplo, trans, n, k, a, lda, c, ldc);
+        // A null C passes the check where k is 0; there is nothing to scale then.
         if (n == 0 || !c)
             return finished(tarnNoError);
         DeviceMirror<T> A(transposedExtent(trans, n, k), a, lda, MirrorIn);
         DeviceMirror<T> C({n, n, 1}, c, ldc, MirrorIn | MirrorOut);
-        return finished(deviceRankK(routine, uplo, trans, n, k, alpha, A.data(), A.deviceLd(), beta, C.data(),
-                                    C.deviceLd()));
+        return finished(
+            deviceRankK(routine, uplo, trans, n, k, alpha, A.data(), A.deviceLd(), beta, C.data(), C.deviceLd()));
     });
 }
 

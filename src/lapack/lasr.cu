@@ -1,0 +1,161 @@
+// A sequence of plane rotations of neighbouring rows or columns, in the manner of LAPACK's lasr with pivot 'V'.
+// Rotations depend on each other along a line of the matrix, so a thread carries its own line through all of them: a
+// column for side 'L', a row for side 'R'. The element that goes on into the next rotation stays in a register.
+#include "blas/letters.h"
+#include "frame/exceptions.h"
+#include "lapack/kernels.h"
+#include "lapack/thread_maps.h"
+
+#include <lapack/cu/basic>
+
+#include <algorithm>
+
+namespace tarn::kernel {
+
+namespace {
+
+template <char side>
+inline constexpr int threadsFor = side == 'L' ? 128 : 64;
+
+/// Products rounded by themselves in single precision, never fused with the addition that follows: a rotation with c =
+/// 1 and s = 0 leaves the matrix as it is.
+__device__ __forceinline__ float mul(float a, float b)
+{
+    return __fmul_rn(a, b);
+}
+__device__ __forceinline__ double mul(double a, double b)
+{
+    return a * b;
+}
+
+template <class R>
+__device__ __forceinline__ Complex<R> mul(R a, Complex<R> b)
+{
+    return Complex<R>(mul(a, b.real()), mul(a, b.imag()));
+}
+
+/// Element j of a line.
+template <char side, class T>
+__device__ __forceinline__ T& elementOf(T* A, int lda, int line, int j)
+{
+    return A[side == 'L' ? offset(j, line, lda) : offset(line, j, lda)];
+}
+
+/// One rotation of the planes j and j + 1 of a line. v carries element j in, and element j + 1 out, if forward; and the
+/// other way round if not.
+template <char side, bool forward, class T>
+__device__ __forceinline__ void rotate(T& v, T* A, int lda, int line, int j, Real<T> c, Real<T> s)
+{
+    T& next = elementOf<side>(A, lda, line, forward ? j + 1 : j);
+    T& done = elementOf<side>(A, lda, line, forward ? j : j + 1);
+    const T w = next, old = v;
+    if (forward) {
+        v = difference(mul(c, w), mul(s, old));
+        done = sum(mul(s, w), mul(c, old));
+    } else {
+        v = sum(mul(s, old), mul(c, w));
+        done = difference(mul(c, old), mul(s, w));
+    }
+}
+
+} // namespace
+
+/// A := P A (side 'L') or A P^T (side 'R'), A m by n, where P is the product of the rotations (c[j], s[j]) of the
+/// planes j and j + 1, applied in the order j = 0, 1, ... (direct 'F') or backwards (direct 'B').
+template <class Map, char side, char pivot, char direct, class T>
+__global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, int lda)
+{
+    constexpr int N = threadsFor<side>;
+    constexpr bool forward = direct == 'F';
+    __shared__ Real<T> cTemp[N], sTemp[N];
+    const Block<N> block;
+    Private<T, N> carried;
+    const int lines = side == 'L' ? n : m, rotations = (side == 'L' ? m : n) - 1;
+    const int line0 = Map::firstItem(), linesLeft = lines - line0;
+
+    block.each([&](int t) {
+        carried[t] = t < linesLeft ? elementOf<side>(A, lda, line0 + t, forward ? 0 : rotations) : T(0);
+    });
+    for (int first = 0; first < rotations; first += N) {
+        const int count = rotations - first < N ? rotations - first : N;
+        block.each([&](int t) {
+            const int j = forward ? first + t : rotations - 1 - first - t;
+            cTemp[t] = t < count ? c[j] : Real<T>(0);
+            sTemp[t] = t < count ? s[j] : Real<T>(0);
+        });
+        if constexpr (WARP_SZ < N)
+            block.sync();
+        TARN_UNROLL(16)
+        for (int k = 0; k < count; ++k) {
+            const int j = forward ? first + k : rotations - 1 - first - k;
+            block.each([&](int t) {
+                if (t < linesLeft)
+                    rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
+            });
+            // Keeps the warps together, so that they share the cache lines of their columns.
+            if constexpr (side == 'L' && WARP_SZ < N)
+                block.sync();
+        }
+        if constexpr (WARP_SZ < N)
+            block.sync();
+    }
+    block.each([&](int t) {
+        if (t < linesLeft)
+            elementOf<side>(A, lda, line0 + t, forward ? rotations : 0) = carried[t];
+    });
+}
+
+namespace {
+
+void checkLasr(char side, char pivot, char direct, int m, int n, const void* c, const void* s, const void* A, int lda)
+{
+    require(isOneOf(side, "LR"), -1);
+    require(isOneOf(pivot, "VTB"), -2);
+    require(isOneOf(direct, "FB"), -3);
+    if (m == 0 || m == 1 || n == 0 || n == 1)
+        return;
+    require(m >= 0, -4);
+    require(n >= 0, -5);
+    require(c != nullptr, -6);
+    require(s != nullptr, -7);
+    require(A != nullptr, -8);
+    require(lda >= std::max(1, m), -9);
+}
+
+template <char side, class T>
+void launchLasr(char direct, int m, int n, const Real<T>* c, const Real<T>* s, T* A, int lda)
+{
+    using Map = velk::StaticMap1D<threadsFor<side>>;
+    using Threads = Block<threadsFor<side>>;
+    const Map map(side == 'L' ? n : m);
+    if (direct == 'F')
+        platform::launch<&LASR_k<Map, side, 'V', 'F', T>, Threads>(map.blocks(), map.threads(), m, n, c, s, A, lda);
+    else
+        platform::launch<&LASR_k<Map, side, 'V', 'B', T>, Threads>(map.blocks(), map.threads(), m, n, c, s, A, lda);
+}
+
+} // namespace
+
+template <class T>
+void LASR(char side, char pivot, char direct, int m, int n, const Real<T>* c, const Real<T>* s, T* A, int lda)
+{
+    side = upper(side);
+    pivot = upper(pivot);
+    direct = upper(direct);
+    checkLasr(side, pivot, direct, m, n, c, s, A, lda);
+    if (m == 0 || n == 0 || pivot != 'V')
+        return;
+    if (side == 'L')
+        launchLasr<'L'>(direct, m, n, c, s, A, lda);
+    else
+        launchLasr<'R'>(direct, m, n, c, s, A, lda);
+}
+
+#define TARN_WRAPPERS(T) template void LASR(char, char, char, int, int, const Real<T>*, const Real<T>*, T*, int);
+
+TARN_WRAPPERS(float)
+TARN_WRAPPERS(double)
+TARN_WRAPPERS(Complex<float>)
+TARN_WRAPPERS(Complex<double>)
+
+} // namespace tarn::kernel
