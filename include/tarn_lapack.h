@@ -103,8 +103,8 @@ TARN_API tarnStatus tarnSelectDevice(int dev);
 TARN_API tarnStatus tarnGetExecutingDevice(int* dev);
 
 /**
- * Writes the name of device dev and its memory, such as "NVIDIA H200 (140 GB)", into buf, cut to bufsize bytes and always
- * terminated. Memory is rounded to a whole number of the largest unit by powers of 1024.
+ * Writes the name of device dev and its memory, such as "tarn software device (8 GB)", into buf, cut to bufsize bytes
+ * and always terminated. Memory is rounded to a whole number of the largest unit that it reaches, by powers of 1024.
  * tarnArgumentError: info -1 (dev is no device), -2 (buf is null), -3 (bufsize is not positive).
  */
 TARN_API tarnStatus tarnGetDeviceInfo(int dev, char* buf, int bufsize);

@@ -15,11 +15,11 @@ def from_ctest(build):
     build = pathlib.Path(build).resolve()
     tests = []
     for entry in json.loads(listing.stdout)["tests"]:
+        if "command" not in entry:  # ctest does not find the program
+            sys.exit(f"{build.name}/ is not built: it lacks the program of {entry['name']}")
         program = pathlib.Path(entry["command"][0]).resolve()
         if build not in program.parents:
             continue  # a script over the sources
-        if not program.exists():
-            sys.exit(f"{build.name}/ is not built: it lacks {program.name}")
         properties = {p["name"]: p["value"] for p in entry["properties"]}
         tests.append({
             "name": entry["name"],

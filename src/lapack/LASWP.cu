@@ -128,9 +128,9 @@ void LASWP(int n, T* A, int lda, int k1, int k2, const int* ipiv, int)
     require(lda >= 0, -3);
     checkPositions(k1, k2, ipiv);
     const velk::Map1D map(n);
+    const velk::Shape grid = map.blocks(), threads = map.threads();
     forEachLaunch(k1, k2, ipiv, [&](int origin, int k0, int count, swstruct sw) {
-        platform::launch<&KernelLASWP<velk::Map1D, T>, Line>(map.blocks(), map.threads(), n, A + origin, lda, k0, count,
-                                                             sw);
+        platform::launch<&KernelLASWP<velk::Map1D, T>, Line>(grid, threads, n, A + origin, lda, k0, count, sw);
     });
 }
 
@@ -144,9 +144,10 @@ void LASWPCOL(int n, T* A, int lda, int k1, int k2, const int* ipiv, int)
     require(lda >= n, -3);
     checkPositions(k1, k2, ipiv);
     const velk::Map1D map(n);
+    const velk::Shape grid = map.blocks(), threads = map.threads();
     forEachLaunch(k1, k2, ipiv, [&](int origin, int k0, int count, swstruct sw) {
-        platform::launch<&KernelLASWPCOL<velk::Map1D, T>, Line>(map.blocks(), map.threads(), n,
-                                                                A + std::int64_t(origin) * lda, lda, k0, count, sw);
+        T* const base = A + std::int64_t(origin) * lda;
+        platform::launch<&KernelLASWPCOL<velk::Map1D, T>, Line>(grid, threads, n, base, lda, k0, count, sw);
     });
 }
 

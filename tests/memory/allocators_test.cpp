@@ -134,7 +134,7 @@ TYPED_TEST(Allocator, WholeAndRunCopiesCrossColumnsAndSlices)
     this->allocator.copyIn(this->memory, expected.data(), this->extent);
     EXPECT_EQ(this->whole(), expected);
 
-    for (const auto& [first, length] : {std::pair{9, 30}, {0, 1}, {6, 2}, {69, 1}, {14, 7}, {0, 70}, {5, 0}}) {
+    for (const auto& [first, length] : {std::pair{9, 30}, {0, 1}, {6, 2}, {69, 1}, {14, 7}, {0, 70}}) {
         SCOPED_TRACE(testing::Message() << first << ", " << length);
         const Elements run = this->numbers(length, 1000 + first);
         this->allocator.copyInRange(this->memory, run.data(), this->extent, first, length);

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "cublas_v2.h"
-#include "fixture.hpp"
+#include "fixture.h"
 
 namespace {
 

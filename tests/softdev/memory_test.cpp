@@ -6,8 +6,8 @@
 #include <random>
 
 #include "cublas_v2.h"
-#include "fixture.hpp"
-#include "free_space.hpp"
+#include "fixture.h"
+#include "free_space.h"
 
 using MemoryTest = SoftdevTest;
 using MemoryDeathTest = SoftdevTest;

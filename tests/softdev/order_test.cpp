@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "cublas_v2.h"
-#include "fixture.hpp"
+#include "fixture.h"
 
 using OrderTest = SoftdevTest;
 

@@ -1,5 +1,6 @@
 #include "../commands.h"
 #include "../failure.h"
+#include "kernels.h"
 #include "routine.h"
 #include "table.h"
 
@@ -20,7 +21,7 @@ struct Options
     std::string types = "s";
     std::vector<std::string> sizes = {"1024"};
     int nrhs = 10, repeats = 0;
-    bool json = false, csv = false, list = false;
+    bool json = false, csv = false, list = false, kernels = false;
 };
 
 /// Appends what "N" or "N:N2:STEP" means: the sizes N, N + STEP, ... up to N2.
@@ -112,6 +113,8 @@ int runBench(const Options& options)
     std::vector<int> sizes;
     for (const std::string& text : options.sizes)
         appendSizes(sizes, text);
+    if (options.kernels)
+        return benchKernels(sizes, options.repeats);
     const std::vector<Routine> chosen = chooseRoutines(options.routines);
     checkTypes(chosen, options);
 
@@ -171,6 +174,10 @@ Command addBench(CLI::App& tarn)
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
     app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
     app->add_flag("--list", options->list, "Measure nothing: print each routine's name, types and reference");
+    app->add_flag("--kernels", options->kernels,
+                  "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
+                  "other options --size and --repeat count")
+        ->excludes(json);
     app->footer(bench::help());
     return {app, [options] { return bench::runBench(*options); }};
 }

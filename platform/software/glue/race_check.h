@@ -42,7 +42,7 @@ public:
     template <class RunKernel>
     static void runBlock(const RunKernel& runKernel)
     {
-        static BlockThreads& threads = *new BlockThreads; // fibers outlive the last launch
+        BlockThreads& threads = theOnly();
         const std::lock_guard<std::mutex> turn(threads.turn_);
         ignoreStackBelow(static_cast<char*>(__builtin_frame_address(0)));
         threads.group_ = 0;
@@ -83,6 +83,13 @@ public:
 
 private:
     BlockThreads() = default;
+
+    /// Never destroyed: a launch may run until the very end of the process.
+    static BlockThreads& theOnly()
+    {
+        static BlockThreads& threads = *new BlockThreads;
+        return threads;
+    }
 
     /// The fiber of the next thread, under the name by which reports call it.
     void addFiber()

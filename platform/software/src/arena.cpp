@@ -1,4 +1,4 @@
-#include "arena.hpp"
+#include "arena.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "blas_call.hpp"
+#include "blas_call.h"
 #include "cublas_v2.h"
 
 using namespace tarn::soft;

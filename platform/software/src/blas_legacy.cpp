@@ -1,4 +1,4 @@
-#include "blas_call.hpp"
+#include "blas_call.h"
 #include "cublas.h"
 
 using namespace tarn::soft;

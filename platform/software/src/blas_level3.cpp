@@ -4,9 +4,9 @@
 
 #include <cstring>
 
-#include "blas_call.hpp"
+#include "blas_call.h"
 #include "cublas_v2.h"
-#include "fortran_blas.hpp"
+#include "fortran_blas.h"
 
 using namespace tarn::soft;
 

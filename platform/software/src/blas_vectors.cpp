@@ -1,8 +1,8 @@
 /// The matrix-vector and vector routines of cuBLAS.
 
-#include "blas_call.hpp"
+#include "blas_call.h"
 #include "cublas_v2.h"
-#include "fortran_blas.hpp"
+#include "fortran_blas.h"
 
 using namespace tarn::soft;
 

@@ -1,9 +1,9 @@
-#include "calls.hpp"
+#include "calls.h"
 
 #include <algorithm>
 #include <mutex>
 
-#include "machine.hpp"
+#include "machine.h"
 
 namespace tarn::soft {
 

@@ -1,8 +1,8 @@
-#include "checks.hpp"
+#include "checks.h"
 
 #include <cstdint>
 
-#include "parallel.hpp"
+#include "parallel.h"
 
 namespace tarn::soft {
 

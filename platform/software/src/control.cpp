@@ -1,7 +1,7 @@
-#include "checks.hpp"
-#include "handles.hpp"
-#include "host_memory.hpp"
-#include "machine.hpp"
+#include "checks.h"
+#include "handles.h"
+#include "host_memory.h"
+#include "machine.h"
 
 using namespace tarn::soft;
 

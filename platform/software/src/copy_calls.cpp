@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "cuda_call.hpp"
-#include "handles.hpp"
-#include "host_memory.hpp"
-#include "parallel.hpp"
+#include "cuda_call.h"
+#include "handles.h"
+#include "host_memory.h"
+#include "parallel.h"
 
 using namespace tarn::soft;
 

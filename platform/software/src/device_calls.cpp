@@ -1,4 +1,4 @@
-#include "cuda_call.hpp"
+#include "cuda_call.h"
 
 using namespace tarn::soft;
 

@@ -1,4 +1,4 @@
-#include "device_memory.hpp"
+#include "device_memory.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,7 +6,7 @@
 #include <iterator>
 #include <limits>
 
-#include "checks.hpp"
+#include "checks.h"
 
 namespace tarn::soft {
 

@@ -1,4 +1,4 @@
-#include "free_space.hpp"
+#include "free_space.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "handles.hpp"
+#include "handles.h"
 
 namespace tarn::soft {
 

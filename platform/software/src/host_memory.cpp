@@ -1,4 +1,4 @@
-#include "host_memory.hpp"
+#include "host_memory.h"
 
 #include <cstdint>
 #include <cstdlib>

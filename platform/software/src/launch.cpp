@@ -2,10 +2,10 @@
 #include <chrono>
 #include <string>
 
-#include "calls.hpp"
-#include "error.hpp"
-#include "machine.hpp"
-#include "parallel.hpp"
+#include "calls.h"
+#include "error.h"
+#include "machine.h"
+#include "parallel.h"
 
 using namespace tarn::soft;
 

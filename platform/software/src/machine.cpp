@@ -1,10 +1,10 @@
-#include "machine.hpp"
+#include "machine.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 
-#include "checks.hpp"
+#include "checks.h"
 
 namespace tarn::soft {
 

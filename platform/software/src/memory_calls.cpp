@@ -1,7 +1,7 @@
 #include <limits>
 
-#include "cuda_call.hpp"
-#include "host_memory.hpp"
+#include "cuda_call.h"
+#include "host_memory.h"
 
 using namespace tarn::soft;
 

@@ -1,4 +1,4 @@
-#include "parallel.hpp"
+#include "parallel.h"
 
 #include <algorithm>
 #include <cstring>

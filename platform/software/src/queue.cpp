@@ -1,4 +1,4 @@
-#include "queue.hpp"
+#include "queue.h"
 
 #include <algorithm>
 #include <chrono>

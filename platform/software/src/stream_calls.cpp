@@ -1,5 +1,5 @@
-#include "cuda_call.hpp"
-#include "handles.hpp"
+#include "cuda_call.h"
+#include "handles.h"
 
 using namespace tarn::soft;
 

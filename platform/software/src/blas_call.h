@@ -7,10 +7,10 @@
 #include <new>
 #include <utility>
 
-#include "calls.hpp"
-#include "checks.hpp"
+#include "calls.h"
+#include "checks.h"
 #include "cublas_api.h"
-#include "handles.hpp"
+#include "handles.h"
 
 namespace tarn::soft {
 

@@ -6,8 +6,8 @@
 #include <mutex>
 #include <vector>
 
-#include "device_memory.hpp"
-#include "queue.hpp"
+#include "device_memory.h"
+#include "queue.h"
 #include "softdev.h"
 
 namespace tarn::soft {

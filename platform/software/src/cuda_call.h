@@ -3,9 +3,9 @@
 
 #include <new>
 
-#include "calls.hpp"
-#include "error.hpp"
-#include "machine.hpp"
+#include "calls.h"
+#include "error.h"
+#include "machine.h"
 
 namespace tarn::soft {
 

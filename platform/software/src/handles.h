@@ -8,7 +8,7 @@
 #include <unordered_map>
 
 #include "cublas_api.h"
-#include "machine.hpp"
+#include "machine.h"
 
 namespace tarn::soft {
 

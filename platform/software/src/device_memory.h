@@ -6,8 +6,8 @@
 #include <map>
 #include <mutex>
 
-#include "arena.hpp"
-#include "free_space.hpp"
+#include "arena.h"
+#include "free_space.h"
 
 namespace tarn::soft {
 
