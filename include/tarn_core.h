@@ -24,10 +24,10 @@ typedef enum tarnStatus
     tarnInsufficientComputeCapability = 4, /**< the device has no double precision */
     tarnInsufficientMemory = 5,            /**< host or device memory ran out */
     tarnFeatureNotImplemented = 6,
-    tarnArgumentError = 7,    /**< info: minus the one-based position of the argument */
-    tarnDataError = 8,        /**< info: the positive LAPACK info of the routine */
-    tarnBlasError = 9,        /**< info: the cuBLAS status code */
-    tarnRuntimeError = 10,    /**< info: the CUDA error code, -1, or a negative info of the CPU LAPACK */
+    tarnArgumentError = 7, /**< info: minus the one-based position of the argument */
+    tarnDataError = 8,     /**< info: the positive LAPACK info of the routine */
+    tarnBlasError = 9,     /**< info: the cuBLAS status code */
+    tarnRuntimeError = 10, /**< info: the CUDA error code, -1, or a negative info of the CPU LAPACK */
     tarnBadStorageFormat = 11,
     tarnUnspecifiedError = 12 /**< info: -1 */
 } tarnStatus;

@@ -1,15 +1,15 @@
 /* tarn_lapack: dense linear algebra on an NVIDIA GPU behind LAPACK-shaped calls.
  *
- * Matrices are column-major with an explicit leading dimension; dimensions, leading dimensions and increments are 32-bit
- * signed integers counted in elements; pivots are one-based. Character options are single letters, upper or lower case.
- * Workspace is the library's own business.
+ * Matrices are column-major with an explicit leading dimension; dimensions, leading dimensions and increments are
+ * 32-bit signed integers counted in elements; pivots are one-based. Character options are single letters, upper or
+ * lower case. Workspace is the library's own business.
  *
  * Each routine exists twice. tarn<X><name> takes arrays in host memory, copies them to the device, and copies the
  * results back. tarnDevice<X><name> takes device addresses (cudaMalloc) and copies nothing but panels. <X> is the
  * element type: S float, D double, C complex float, Z complex double. D and Z need compute capability 1.3 or more.
  *
- * All routines are synchronous, run on the CUDA device that is current on the calling thread, and may be called from any
- * thread between tarnInitialize and tarnShutdown. Each returns a status and records it, with its detail, for
+ * All routines are synchronous, run on the CUDA device that is current on the calling thread, and may be called from
+ * any thread between tarnInitialize and tarnShutdown. Each returns a status and records it, with its detail, for
  * tarnGetLastStatus and tarnGetErrorInfo (tarn_core.h). Every routine can return
  *
  *   tarnNotInitialized                  before tarnInitialize; the recorded info is left alone
@@ -53,11 +53,11 @@ typedef tarnFloatComplex tarnDeviceFloatComplex;
 typedef tarnDoubleComplex tarnDeviceDoubleComplex;
 typedef int32_t tarnDeviceInt;
 
-/* ---- Lifecycle ----------------------------------------------------------------------------------------------------*/
+/* ---- Lifecycle ---- */
 
 /**
- * Brings the library up for the calling thread: checks the CUDA runtime, driver and cuBLAS versions and that a device is
- * there, and starts cuBLAS. Further calls, from this or other threads, only register the thread.
+ * Brings the library up for the calling thread: checks the CUDA runtime, driver and cuBLAS versions and that a device
+ * is there, and starts cuBLAS. Further calls, from this or other threads, only register the thread.
  *
  * Returns tarnInsufficientRuntime (CUDA or cuBLAS older than 4.1, or a driver older than the runtime), tarnNoHardware,
  * tarnInsufficientMemory, tarnBlasError (info: cuBLAS code) or tarnRuntimeError (info: CUDA code) when it cannot.
@@ -73,7 +73,7 @@ TARN_API void tarnShutdown(void);
 /** Gives idle device workspace, which the library keeps between calls, back to CUDA. */
 TARN_API void tarnFreeBuffers(void);
 
-/* ---- Versions and messages: these work before tarnInitialize -------------------------------------------------------*/
+/* ---- Versions and messages: these work before tarnInitialize ---- */
 
 TARN_API tarnVersion tarnGetVersion(void);              /**< version of this library, 14000 */
 TARN_API tarnVersion tarnGetCudaMinimumVersion(void);   /**< oldest CUDA that is served, 4010 */
@@ -91,7 +91,7 @@ TARN_API const char* tarnGetStatusString(tarnStatus e);
  */
 TARN_API tarnStatus tarnGetErrorInfoString(tarnStatus e, tarnInfo i, char* buf, int bufsize);
 
-/* ---- Devices: all but tarnGetExecutingDevice work before tarnInitialize --------------------------------------------*/
+/* ---- Devices: all but tarnGetExecutingDevice work before tarnInitialize ---- */
 
 /** Number of CUDA devices, at most 16. tarnArgumentError: info -1 (dev is null). */
 TARN_API tarnStatus tarnGetDeviceCount(int* dev);
@@ -109,7 +109,7 @@ TARN_API tarnStatus tarnGetExecutingDevice(int* dev);
  */
 TARN_API tarnStatus tarnGetDeviceInfo(int dev, char* buf, int bufsize);
 
-/* ---- LU factorisation and linear systems ---------------------------------------------------------------------------*/
+/* ---- LU factorisation and linear systems ---- */
 
 /**
  * getrf: A = P L U with partial pivoting, by blocked right-looking elimination with look-ahead.
@@ -146,7 +146,7 @@ TARN_API tarnStatus tarnDeviceSgesv(int n, int nrhs, tarnDeviceFloat* a, int lda
 TARN_API tarnStatus tarnDeviceCgesv(int n, int nrhs, tarnDeviceFloatComplex* a, int lda, tarnDeviceInt* ipiv,
                                     tarnDeviceFloatComplex* b, int ldb);
 
-/* ---- BLAS level 3 --------------------------------------------------------------------------------------------------*/
+/* ---- BLAS level 3 ---- */
 
 /**
  * gemm: C := alpha op(A) op(B) + beta C, op(X) = X ("N"), X^T ("T") or X^H ("C").
@@ -206,9 +206,8 @@ TARN_API tarnStatus tarnDeviceDtrsm(char side, char uplo, char transa, char diag
                                     tarnDeviceDouble* a, int lda, tarnDeviceDouble* b, int ldb);
 TARN_API tarnStatus tarnDeviceCtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloatComplex alpha,
                                     tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b, int ldb);
-TARN_API tarnStatus tarnDeviceZtrsm(char side, char uplo, char transa, char diag, int m, int n,
-                                    tarnDoubleComplex alpha, tarnDeviceDoubleComplex* a, int lda,
-                                    tarnDeviceDoubleComplex* b, int ldb);
+TARN_API tarnStatus tarnDeviceZtrsm(char side, char uplo, char transa, char diag, int m, int n, tarnDoubleComplex alpha,
+                                    tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb);
 
 /**
  * trmm: B := alpha op(A) B (side "L") or alpha B op(A) (side "R") for a triangular A.
@@ -370,7 +369,7 @@ TARN_API tarnStatus tarnDeviceZher2k(char uplo, char trans, int n, int k, tarnDo
                                      tarnDeviceDoubleComplex* a, int lda, tarnDeviceDoubleComplex* b, int ldb,
                                      tarnDouble beta, tarnDeviceDoubleComplex* c, int ldc);
 
-/* ---- BLAS level 2 --------------------------------------------------------------------------------------------------*/
+/* ---- BLAS level 2 ---- */
 
 /**
  * gemv: y := alpha op(A) x + beta y, op(A) = A ("N"), A^T ("T") or A^H ("C").

@@ -19,7 +19,8 @@ Command addSolve(CLI::App& tarn);
 Command addBench(CLI::App& tarn);
 Command addDemo(CLI::App& tarn);
 
-/// Runs the tool: 0, or 1 after a failure, or 2 for a command line that does not parse, each with one line on the error stream.
+/// Runs the tool: 0, or 1 after a failure, or 2 for a command line that does not parse, each with one line on the error
+/// stream.
 int runTool(int argc, char** argv);
 
 } // namespace tarn::tool

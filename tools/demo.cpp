@@ -87,10 +87,7 @@ double condition1(const Matrix<double>& a)
     return norm1(a) * norm1(solveCpu<double>(dgesv_, a, identity).x);
 }
 
-const char* verdict(double error)
-{
-    return error <= errorBound ? "good" : "TOO LARGE";
-}
+const char* verdict(double error) { return error <= errorBound ? "good" : "TOO LARGE"; }
 
 bool plasmaDemo(const std::string& folder)
 {

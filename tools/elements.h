@@ -72,22 +72,10 @@ constexpr A toC(A argument)
 {
     return argument;
 }
-inline tarnFloatComplex toC(std::complex<float> z)
-{
-    return {z.real(), z.imag()};
-}
-inline tarnDoubleComplex toC(std::complex<double> z)
-{
-    return {z.real(), z.imag()};
-}
-inline tarnFloatComplex* toC(std::complex<float>* p)
-{
-    return reinterpret_cast<tarnFloatComplex*>(p);
-}
-inline tarnDoubleComplex* toC(std::complex<double>* p)
-{
-    return reinterpret_cast<tarnDoubleComplex*>(p);
-}
+inline tarnFloatComplex toC(std::complex<float> z) { return {z.real(), z.imag()}; }
+inline tarnDoubleComplex toC(std::complex<double> z) { return {z.real(), z.imag()}; }
+inline tarnFloatComplex* toC(std::complex<float>* p) { return reinterpret_cast<tarnFloatComplex*>(p); }
+inline tarnDoubleComplex* toC(std::complex<double>* p) { return reinterpret_cast<tarnDoubleComplex*>(p); }
 
 /// Calls a routine of the C interface with std::complex scalars and arrays.
 template <class Routine, class... Arguments>

@@ -12,10 +12,7 @@ namespace {
 
 constexpr int sgemmOrder = 1024;
 
-void line(const char* label, const std::string& text)
-{
-    fmt::print("{:<14}{}\n", label, text);
-}
+void line(const char* label, const std::string& text) { fmt::print("{:<14}{}\n", label, text); }
 
 void printDevices()
 {

@@ -39,10 +39,7 @@ struct Banner
     Symmetry symmetry = Symmetry::general;
 };
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\r';
-}
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
 std::string lower(std::string_view text)
 {
@@ -360,14 +357,8 @@ AnyMatrix readMatrixMarket(const std::string& path)
     return readEntries<double>(in, banner, rows, cols, count);
 }
 
-void writeMatrixMarket(const std::string& path, const Matrix<float>& a)
-{
-    write(path, a);
-}
+void writeMatrixMarket(const std::string& path, const Matrix<float>& a) { write(path, a); }
 
-void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a)
-{
-    write(path, a);
-}
+void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a) { write(path, a); }
 
 } // namespace tarn::tool

@@ -15,9 +15,6 @@ double secondsOf(Call&& call)
 }
 
 /// Multiplications and additions of gesv for real elements; complex ones take four times as many.
-inline double gesvFlops(double n, double nrhs)
-{
-    return 2.0 / 3.0 * n * n * n + 2.0 * n * n * nrhs;
-}
+inline double gesvFlops(double n, double nrhs) { return 2.0 / 3.0 * n * n * n + 2.0 * n * n * nrhs; }
 
 } // namespace tarn::tool

@@ -17,10 +17,7 @@ inline std::string libraryVersion()
 }
 
 /// "13.0" for 13000, CUDA's way to count; "unknown" for 0.
-inline std::string cudaVersion(int v)
-{
-    return v == 0 ? "unknown" : fmt::format("{}.{}", v / 1000, v / 10 % 100);
-}
+inline std::string cudaVersion(int v) { return v == 0 ? "unknown" : fmt::format("{}.{}", v / 1000, v / 10 % 100); }
 
 /// "13.1.2" for 130102, cuBLAS's way to count from release 11 on, and CUDA's before; "unknown" for 0.
 inline std::string cublasVersion(int v)

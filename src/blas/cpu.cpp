@@ -84,7 +84,8 @@ void withWorkspace(Call&& call, int atLeast = 1)
 template <class T, class Routine>
 void factorise(Routine routine, int m, int n, T* a, int lda, T* tau, int atLeast = 1)
 {
-    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); }, atLeast);
+    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); },
+                     atLeast);
 }
 
 /// The common form of orgqr and orglq.

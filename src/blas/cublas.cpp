@@ -114,8 +114,9 @@ template <class T>
 cublasStatus_t gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
                     T beta, T* c, int ldc)
 {
-    return noteCublasStatus(Calls<T>::gemm(cublasHandle(), operation(transa), operation(transb), m, n, k, native(&alpha),
-                                           native(a), lda, native(b), ldb, native(&beta), native(c), ldc));
+    return noteCublasStatus(Calls<T>::gemm(cublasHandle(), operation(transa), operation(transb), m, n, k,
+                                           native(&alpha), native(a), lda, native(b), ldb, native(&beta), native(c),
+                                           ldc));
 }
 
 template <class T>
@@ -160,30 +161,32 @@ cublasStatus_t syrk(char uplo, char trans, int n, int k, T alpha, const T* a, in
 }
 
 template <class T>
-cublasStatus_t herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta, T* c, int ldc)
+cublasStatus_t herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta, T* c,
+                    int ldc)
 {
-    return noteCublasStatus(Calls<T>::herk(cublasHandle(), fillMode(uplo), operation(trans), n, k, &alpha, native(a), lda,
-                                           &beta, native(c), ldc));
+    return noteCublasStatus(Calls<T>::herk(cublasHandle(), fillMode(uplo), operation(trans), n, k, &alpha, native(a),
+                                           lda, &beta, native(c), ldc));
 }
 
 template <class T>
-cublasStatus_t syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c,
-                     int ldc)
+cublasStatus_t syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+                     T* c, int ldc)
 {
     return noteCublasStatus(Calls<T>::syr2k(cublasHandle(), fillMode(uplo), operation(trans), n, k, native(&alpha),
                                             native(a), lda, native(b), ldb, native(&beta), native(c), ldc));
 }
 
 template <class T>
-cublasStatus_t her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, Real<T> beta,
-                     T* c, int ldc)
+cublasStatus_t her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
+                     Real<T> beta, T* c, int ldc)
 {
     return noteCublasStatus(Calls<T>::her2k(cublasHandle(), fillMode(uplo), operation(trans), n, k, native(&alpha),
                                             native(a), lda, native(b), ldb, &beta, native(c), ldc));
 }
 
 template <class T>
-cublasStatus_t gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy)
+cublasStatus_t gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+                    int incy)
 {
     return noteCublasStatus(Calls<T>::gemv(cublasHandle(), operation(trans), m, n, native(&alpha), native(a), lda,
                                            native(x), incx, native(&beta), native(y), incy));
@@ -206,8 +209,8 @@ cublasStatus_t hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, 
 template <class T>
 cublasStatus_t trmv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx)
 {
-    return noteCublasStatus(Calls<T>::trmv(cublasHandle(), fillMode(uplo), operation(trans), diagType(diag), n, native(a),
-                                           lda, native(x), incx));
+    return noteCublasStatus(Calls<T>::trmv(cublasHandle(), fillMode(uplo), operation(trans), diagType(diag), n,
+                                           native(a), lda, native(x), incx));
 }
 
 template <class T>

@@ -1,8 +1,8 @@
 // The seam to cuBLAS: one thin wrapper per routine, on device addresses, for the element types of its line below.
 //
 // A wrapper translates the LAPACK letters, takes the calling thread's handle and makes the call on the default stream.
-// It checks nothing and waits for nothing. A letter that it does not know means side "L", uplo "L", trans "N", diag "N".
-// The status that it returns need not be looked at: the thread's first failure is kept for the end of the routine.
+// It checks nothing and waits for nothing. A letter that it does not know means side "L", uplo "L", trans "N", diag
+// "N". The status that it returns need not be looked at: the thread's first failure is kept for the end of the routine.
 // Matrices are column-major; sizes, leading dimensions and increments count elements.
 #pragma once
 
@@ -43,21 +43,23 @@ cublasStatus_t syrk(char uplo, char trans, int n, int k, T alpha, const T* a, in
 
 /// C := alpha A A^H + beta C or alpha A^H A + beta C, one triangle of C of order n. C Z.
 template <class T>
-cublasStatus_t herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta, T* c, int ldc);
+cublasStatus_t herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta, T* c,
+                    int ldc);
 
 /// C := alpha A B^T + alpha B A^T + beta C or alpha A^T B + alpha B^T A + beta C, one triangle. S D C Z.
 template <class T>
-cublasStatus_t syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c,
-                     int ldc);
+cublasStatus_t syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+                     T* c, int ldc);
 
 /// C := alpha A B^H + conj(alpha) B A^H + beta C or alpha A^H B + conj(alpha) B^H A + beta C, one triangle. C Z.
 template <class T>
-cublasStatus_t her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, Real<T> beta,
-                     T* c, int ldc);
+cublasStatus_t her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
+                     Real<T> beta, T* c, int ldc);
 
 /// y := alpha op(A) x + beta y, A m by n. S D C Z.
 template <class T>
-cublasStatus_t gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);
+cublasStatus_t gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+                    int incy);
 
 /// y := alpha A x + beta y, A symmetric of order n. S D.
 template <class T>

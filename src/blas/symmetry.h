@@ -14,10 +14,7 @@ enum class Symmetry
 };
 
 /// The transposition under which the matrix is its own mirror image.
-constexpr char mirrorTrans(Symmetry kind)
-{
-    return kind == Symmetry::hermitian ? 'C' : 'T';
-}
+constexpr char mirrorTrans(Symmetry kind) { return kind == Symmetry::hermitian ? 'C' : 'T'; }
 
 /// Type of the scalars that keep the result's symmetry: real for the Hermitian routines.
 template <Symmetry kind, class T>

@@ -27,7 +27,8 @@ void solve(int nb, char side, char uplo, char transa, char diag, int m, int n, T
     const auto B = halves(left, b, ldb, p);
     const auto solvePart = [&](int part, T scale) {
         const int size = cut.size[part];
-        solve(nb, side, uplo, transa, diag, left ? size : m, left ? n : size, scale, A.diagonal[part], lda, B[part], ldb);
+        solve(nb, side, uplo, transa, diag, left ? size : m, left ? n : size, scale, A.diagonal[part], lda, B[part],
+              ldb);
     };
     const int first = independentHalf(side, uplo, transa), second = 1 - first;
 

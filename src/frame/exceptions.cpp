@@ -13,8 +13,7 @@ CudaMemoryException::CudaMemoryException(const char* message)
 
 const char* CudaMemoryException::what() const noexcept { return message_.c_str(); }
 
-CudaRuntimeException::CudaRuntimeException(cudaError_t code)
-    : std::runtime_error(cudaGetErrorString(code)), code_(code)
+CudaRuntimeException::CudaRuntimeException(cudaError_t code) : std::runtime_error(cudaGetErrorString(code)), code_(code)
 {}
 
 } // namespace velk

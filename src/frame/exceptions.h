@@ -90,8 +90,8 @@ inline void require(bool holds, tarnInfo position)
         argumentError(position);
 }
 
-/// The info of a CPU LAPACK call: 0 passes, a positive one is a data error, a negative one means that the library itself
-/// passed a bad argument and ends as tarnRuntimeError.
+/// The info of a CPU LAPACK call: 0 passes, a positive one is a data error, a negative one means that the library
+/// itself passed a bad argument and ends as tarnRuntimeError.
 void checkInfo(int info);
 
 [[noreturn]] void featureNotImplemented();

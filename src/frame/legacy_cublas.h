@@ -1,4 +1,5 @@
-// The legacy entry points of cuBLAS that bring it up and down; their header cannot stand beside that of the v2 interface.
+// The legacy entry points of cuBLAS that bring it up and down; their header cannot stand beside that of the v2
+// interface.
 #pragma once
 
 #include <cublas_v2.h>

@@ -2,8 +2,8 @@
 //
 // A numerical routine has two frames of the same shape. The frame of the host form checks the arguments, builds mirrors
 // of the caller's arrays and calls the frame of the device form, which calls the implementation. A failure inside the
-// implementation is translated by the inner frame; that it marks the thread is what keeps the outer frame's mirrors from
-// copying back. A tarnDataError does not mark: the factors computed are delivered.
+// implementation is translated by the inner frame; that it marks the thread is what keeps the outer frame's mirrors
+// from copying back. A tarnDataError does not mark: the factors computed are delivered.
 #pragma once
 
 #include "frame/device_table.h"
@@ -15,8 +15,8 @@
 
 namespace tarn {
 
-/// Status of the exception being handled; records its error info, and marks the thread as failed unless the exception is
-/// an InfoException.
+/// Status of the exception being handled; records its error info, and marks the thread as failed unless the exception
+/// is an InfoException.
 tarnStatus translateException() noexcept;
 
 /// Records a status for the calling thread and returns it.

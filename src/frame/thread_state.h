@@ -22,8 +22,8 @@ bool hasFailed() noexcept;
 int executingDevice();
 
 /// The cuBLAS handle of this thread for executingDevice(), in host pointer mode; made at first use and kept.
-/// Raises CublasException with the code if cuBLAS cannot make it, std::runtime_error "Cublas Context TSS failure" if the
-/// thread's storage cannot be had.
+/// Raises CublasException with the code if cuBLAS cannot make it, std::runtime_error "Cublas Context TSS failure" if
+/// the thread's storage cannot be had.
 cublasHandle_t cublasHandle();
 
 /// Destroys the cuBLAS handles of this thread. They also go when the thread ends.

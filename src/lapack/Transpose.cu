@@ -41,8 +41,8 @@ __device__ __forceinline__ void storeTransposed(SharedTile<T> work, T* dst, int 
 }
 
 template <bool conj, bool whole, class T>
-__device__ __forceinline__ void transposeTile(SharedTile<T> work, T* dst, int ldd, const T* src, int lds, int r0, int c0,
-                                              int rows, int cols)
+__device__ __forceinline__ void transposeTile(SharedTile<T> work, T* dst, int ldd, const T* src, int lds, int r0,
+                                              int c0, int rows, int cols)
 {
     loadTile<whole>(work, src, lds, r0, c0, rows, cols);
     Tile().sync();
@@ -62,8 +62,8 @@ __global__ void Transpose_k(T* dst, int ldd, const T* src, int lds, int m, int n
         transposeTile<conj, false>(work, dst, ldd, src, lds, r0, c0, rows, cols);
 }
 
-/// Exchanges the tile of A at (r0, c0) with its mirror at (c0, r0), both transposed. Both are read whole before either is
-/// written; a tile on the diagonal is its own mirror.
+/// Exchanges the tile of A at (r0, c0) with its mirror at (c0, r0), both transposed. Both are read whole before either
+/// is written; a tile on the diagonal is its own mirror.
 template <bool conj, bool whole, class T>
 __device__ __forceinline__ void exchangeTiles(SharedTile<T> blockA, SharedTile<T> blockB, T* A, int lda, int r0, int c0,
                                               int rows, int cols)
@@ -77,8 +77,8 @@ __device__ __forceinline__ void exchangeTiles(SharedTile<T> blockA, SharedTile<T
     storeTransposed<conj, whole>(blockA, A, lda, c0, r0, cols, rows);
 }
 
-/// A := A^T in place, conjugated if conj; A n by n. The block (bx, by) with bx >= by owns its tile and the mirror of it;
-/// blocks above the tile diagonal have nothing to do.
+/// A := A^T in place, conjugated if conj; A n by n. The block (bx, by) with bx >= by owns its tile and the mirror of
+/// it; blocks above the tile diagonal have nothing to do.
 template <class T, bool conj>
 __global__ void TransposeInplace_k(T* A, int lda, int n)
 {

@@ -1,4 +1,5 @@
-// The kinds of memory that matrices live in. An allocator obtains, releases and copies one kind; ManagedMemory holds one.
+// The kinds of memory that matrices live in. An allocator obtains, releases and copies one kind; ManagedMemory holds
+// one.
 #pragma once
 
 #include "memory/extent.h"
@@ -8,8 +9,8 @@
 
 namespace velk {
 
-/// One kind of memory for elements T. Extents, counts, offsets and leading dimensions are in elements. What goes through
-/// CUDA raises on failure: CudaMemoryException for the memory codes, CudaRuntimeException for all others.
+/// One kind of memory for elements T. Extents, counts, offsets and leading dimensions are in elements. What goes
+/// through CUDA raises on failure: CudaMemoryException for the memory codes, CudaRuntimeException for all others.
 template <class T>
 class ManagedMemoryAllocatorInterface
 {
@@ -92,8 +93,8 @@ public:
 namespace tarn {
 
 /// Leading dimension for `rows` rows on the current device: a multiple of the element type's base block size, moved on
-/// by one such block if it is a multiple of 1536 (capability up to 1.3) or 2048 bytes, so that column starts do not fall
-/// on one memory partition.
+/// by one such block if it is a multiple of 1536 (capability up to 1.3) or 2048 bytes, so that column starts do not
+/// fall on one memory partition.
 template <class T>
 int leadingDimensionFor(int rows);
 

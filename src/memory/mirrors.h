@@ -30,10 +30,7 @@ unsigned mirrorByBeta(T beta)
 }
 
 /// Extent of an array X for which op(X) is m by n, op(X) = X for trans "N" and its transpose otherwise.
-inline Extent transposedExtent(char trans, int m, int n)
-{
-    return trans == 'N' ? Extent{m, n, 1} : Extent{n, m, 1};
-}
+inline Extent transposedExtent(char trans, int m, int n) { return trans == 'N' ? Extent{m, n, 1} : Extent{n, m, 1}; }
 
 /// The device copy of a caller's host array, of memory kind A. The copy back happens at destruction, unless the routine
 /// was marked as failed or the mirror dies because of an exception: a failed routine leaves the caller's array as it
@@ -111,7 +108,9 @@ public:
     DeviceVectorMirror(int n, T* x, int incx, unsigned flags)
         : tarn::HostArrayMirror<T, velk::CudaAllocator<T>>({1, incx == 0 ? std::min(n, 1) : n, 1}, x,
                                                            std::max(1, std::abs(incx)), flags),
-          inc_(incx > 0 ? 1 : incx < 0 ? -1 : 0)
+          inc_(incx > 0   ? 1
+               : incx < 0 ? -1
+                          : 0)
     {}
 
     /// Increment to go with data(): 1, -1 or 0, as the sign of incx.

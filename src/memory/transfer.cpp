@@ -61,8 +61,9 @@ cudaError_t copy3D(void* dst, std::size_t dstPitch, std::size_t dstSlice, const 
     if (dstPitch == width && srcPitch == width && dstSlice == width * height && srcSlice == width * height)
         return cudaMemcpy(dst, src, width * height * depth, kind);
     for (std::size_t slice = 0; slice < depth; ++slice) {
-        const cudaError_t result = copy2D(static_cast<Byte*>(dst) + slice * dstSlice, dstPitch,
-                                          static_cast<const Byte*>(src) + slice * srcSlice, srcPitch, width, height, kind);
+        const cudaError_t result =
+            copy2D(static_cast<Byte*>(dst) + slice * dstSlice, dstPitch,
+                   static_cast<const Byte*>(src) + slice * srcSlice, srcPitch, width, height, kind);
         if (result != cudaSuccess)
             return result;
     }

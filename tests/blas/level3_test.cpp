@@ -179,25 +179,13 @@ void expectTriangularOf(int left, int leftN, int rightM, int right, const std::s
     expectTriangular<T, solve>('r', 'l', 't', 'n', rightM, right, T(0));
 }
 
-TYPED_TEST(Level3, TrsmDirect)
-{
-    expectTriangularOf<TypeParam, true>(65, 7, 12, 33, "NU");
-}
+TYPED_TEST(Level3, TrsmDirect) { expectTriangularOf<TypeParam, true>(65, 7, 12, 33, "NU"); }
 
-TYPED_TEST(Level3, TrsmRecursive)
-{
-    expectTriangularOf<TypeParam, true>(515, 512, 513, 600, "N");
-}
+TYPED_TEST(Level3, TrsmRecursive) { expectTriangularOf<TypeParam, true>(515, 512, 513, 600, "N"); }
 
-TYPED_TEST(Level3, TrmmDirect)
-{
-    expectTriangularOf<TypeParam, false>(65, 7, 12, 33, "NU");
-}
+TYPED_TEST(Level3, TrmmDirect) { expectTriangularOf<TypeParam, false>(65, 7, 12, 33, "NU"); }
 
-TYPED_TEST(Level3, TrmmRecursive)
-{
-    expectTriangularOf<TypeParam, false>(1024, 3, 2, 1155, "U");
-}
+TYPED_TEST(Level3, TrmmRecursive) { expectTriangularOf<TypeParam, false>(1024, 3, 2, 1155, "U"); }
 
 // ---- symm and hemm ----
 
@@ -367,10 +355,7 @@ void expectAllUpdates(const std::string& transRankK, const std::string& transRan
     }
 }
 
-TYPED_TEST(Level3, SymmetricUpdates)
-{
-    expectAllUpdates<TypeParam, false>("NT", "NT");
-}
+TYPED_TEST(Level3, SymmetricUpdates) { expectAllUpdates<TypeParam, false>("NT", "NT"); }
 
 TYPED_TEST(Level3, HermitianUpdates)
 {

@@ -58,10 +58,7 @@ std::string text(const char* routine, int a, int b)
     return std::string(routine) + ' ' + std::to_string(a) + ' ' + std::to_string(b);
 }
 
-std::string gemmText(int m, int n, int k)
-{
-    return text("gemm", m, n) + ' ' + std::to_string(k);
-}
+std::string gemmText(int m, int n, int k) { return text("gemm", m, n) + ' ' + std::to_string(k); }
 
 /// A machine with four devices; the library reads their capabilities once per process.
 class Paths : public OnSoftwareDevice

@@ -65,16 +65,10 @@ T notANumber()
     return scalar<T>(nan, nan);
 }
 
-inline char upper(char letter)
-{
-    return letter >= 'a' ? char(letter - 'a' + 'A') : letter;
-}
+inline char upper(char letter) { return letter >= 'a' ? char(letter - 'a' + 'A') : letter; }
 
 /// True for the places of a triangle, diagonal included.
-inline bool inTriangle(char uplo, int i, int j)
-{
-    return upper(uplo) == 'U' ? i <= j : i >= j;
-}
+inline bool inTriangle(char uplo, int i, int j) { return upper(uplo) == 'U' ? i <= j : i >= j; }
 
 /// op(A) of a general matrix.
 template <class T>

@@ -16,10 +16,7 @@ enum Form
     onDevice
 };
 
-inline std::ostream& operator<<(std::ostream& out, Form form)
-{
-    return out << (form == onHost ? "host" : "device");
-}
+inline std::ostream& operator<<(std::ostream& out, Form form) { return out << (form == onHost ? "host" : "device"); }
 
 constexpr Form bothForms[] = {onHost, onDevice};
 

@@ -16,10 +16,7 @@ namespace {
 
 using namespace test;
 
-tarnStatus statusOf(int value)
-{
-    return static_cast<tarnStatus>(value);
-}
+tarnStatus statusOf(int value) { return static_cast<tarnStatus>(value); }
 
 TEST(Status, EveryStatusHasItsText)
 {

@@ -68,9 +68,15 @@ TYPED_TEST(Lu, SquareFactorsAroundEveryEdge)
 TYPED_TEST(Lu, RectangularFactors)
 {
     const int block = this->nb;
-    const std::pair<int, int> shapes[] = {{1000, 999},         {999, 1000}, {1100, 300},
-                                          {300, 1100},         {100, 2000}, {2 * block + 3, block},
-                                          {block + 1, 3 * block}, {1, 300},    {2 * block + 3, block + 1},
+    const std::pair<int, int> shapes[] = {{1000, 999},
+                                          {999, 1000},
+                                          {1100, 300},
+                                          {300, 1100},
+                                          {100, 2000},
+                                          {2 * block + 3, block},
+                                          {block + 1, 3 * block},
+                                          {1, 300},
+                                          {2 * block + 3, block + 1},
                                           {300, 1}};
     for (const auto& [m, n] : shapes)
         expectFactors<TypeParam>(m, n, 5);

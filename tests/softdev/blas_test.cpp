@@ -38,14 +38,8 @@ TARN_ROUTINES(double, double, D, sy)
 TARN_ROUTINES(std::complex<float>, cuComplex, C, he)
 TARN_ROUTINES(std::complex<double>, cuDoubleComplex, Z, he)
 
-float conj(float x)
-{
-    return x;
-}
-double conj(double x)
-{
-    return x;
-}
+float conj(float x) { return x; }
+double conj(double x) { return x; }
 using std::conj;
 
 template <class T>
@@ -119,10 +113,7 @@ Matrix<T> product(const Matrix<T>& a, const Matrix<T>& b)
     return c;
 }
 
-bool stored(cublasFillMode_t uplo, int i, int j)
-{
-    return uplo == CUBLAS_FILL_MODE_UPPER ? i <= j : i >= j;
-}
+bool stored(cublasFillMode_t uplo, int i, int j) { return uplo == CUBLAS_FILL_MODE_UPPER ? i <= j : i >= j; }
 
 /// The matrix of which one triangle is stored.
 template <class T>

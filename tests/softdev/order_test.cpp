@@ -10,10 +10,7 @@
 using OrderTest = SoftdevTest;
 
 // Long enough for the device's thread to run what it may run.
-static void giveDeviceTime()
-{
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-}
+static void giveDeviceTime() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
 
 // At the tail of the queue, a copy must not have touched its page-locked side until somebody waits, be it worth a
 // thread of its own or not.
@@ -98,10 +95,7 @@ TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
 }
 
 /// Reads what the device may be writing.
-__attribute__((no_sanitize("thread"))) static int peek(const volatile int* address)
-{
-    return *address;
-}
+__attribute__((no_sanitize("thread"))) static int peek(const volatile int* address) { return *address; }
 
 // A kernel that waits for the host proves that the device works on its own and that no asynchronous call waits for it.
 TEST_F(OrderTest, LongWorkRunsBesideTheHost)

@@ -7,8 +7,8 @@
 #include <cmath>
 #include <utility>
 
-extern "C" void zgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*, const int*,
-                       const void*, const int*, const void*, void*, const int*, std::size_t, std::size_t);
+extern "C" void zgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*,
+                       const int*, const void*, const int*, const void*, void*, const int*, std::size_t, std::size_t);
 
 namespace test {
 

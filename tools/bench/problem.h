@@ -138,10 +138,7 @@ T scalar(double re, double im)
 }
 
 /// error / bound, and 0 where there is no error at all.
-inline double ratio(double error, double bound)
-{
-    return error == 0 ? 0 : error / bound;
-}
+inline double ratio(double error, double bound) { return error == 0 ? 0 : error / bound; }
 
 /**
  * normF(X - Xref) / ((sqrt(k + 2) terms + 2 addend) eps): the error of X := (sums of k products) + beta C, where terms

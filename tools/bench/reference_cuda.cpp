@@ -90,22 +90,10 @@ A toCuda(A argument)
 {
     return argument;
 }
-cuComplex* toCuda(std::complex<float>* p)
-{
-    return reinterpret_cast<cuComplex*>(p);
-}
-const cuComplex* toCuda(const std::complex<float>* p)
-{
-    return reinterpret_cast<const cuComplex*>(p);
-}
-cuDoubleComplex* toCuda(std::complex<double>* p)
-{
-    return reinterpret_cast<cuDoubleComplex*>(p);
-}
-const cuDoubleComplex* toCuda(const std::complex<double>* p)
-{
-    return reinterpret_cast<const cuDoubleComplex*>(p);
-}
+cuComplex* toCuda(std::complex<float>* p) { return reinterpret_cast<cuComplex*>(p); }
+const cuComplex* toCuda(const std::complex<float>* p) { return reinterpret_cast<const cuComplex*>(p); }
+cuDoubleComplex* toCuda(std::complex<double>* p) { return reinterpret_cast<cuDoubleComplex*>(p); }
+const cuDoubleComplex* toCuda(const std::complex<double>* p) { return reinterpret_cast<const cuDoubleComplex*>(p); }
 
 template <class Routine, class... Arguments>
 void blasCall(Routine routine, Arguments... arguments)
@@ -119,25 +107,16 @@ void solverCall(Routine routine, Arguments... arguments)
     check(routine(context().solver(), toCuda(arguments)...));
 }
 
-void synchronize()
-{
-    bench::check(cudaDeviceSynchronize(), "cudaDeviceSynchronize");
-}
+void synchronize() { bench::check(cudaDeviceSynchronize(), "cudaDeviceSynchronize"); }
 
 cublasOperation_t operation(char trans)
 {
     return trans == 'N' ? CUBLAS_OP_N : trans == 'T' ? CUBLAS_OP_T : CUBLAS_OP_C;
 }
 
-cublasFillMode_t fill(char uplo)
-{
-    return uplo == 'U' ? CUBLAS_FILL_MODE_UPPER : CUBLAS_FILL_MODE_LOWER;
-}
+cublasFillMode_t fill(char uplo) { return uplo == 'U' ? CUBLAS_FILL_MODE_UPPER : CUBLAS_FILL_MODE_LOWER; }
 
-cublasSideMode_t sideMode(char side)
-{
-    return side == 'L' ? CUBLAS_SIDE_LEFT : CUBLAS_SIDE_RIGHT;
-}
+cublasSideMode_t sideMode(char side) { return side == 'L' ? CUBLAS_SIDE_LEFT : CUBLAS_SIDE_RIGHT; }
 
 /// Queues getrf; the pivots lie in context().pivots.
 template <class T>

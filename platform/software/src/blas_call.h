@@ -14,43 +14,19 @@
 
 namespace tarn::soft {
 
-inline bool isZero(float x)
-{
-    return x == 0;
-}
-inline bool isZero(double x)
-{
-    return x == 0;
-}
-inline bool isZero(cuComplex x)
-{
-    return x.x == 0 && x.y == 0;
-}
-inline bool isZero(cuDoubleComplex x)
-{
-    return x.x == 0 && x.y == 0;
-}
+inline bool isZero(float x) { return x == 0; }
+inline bool isZero(double x) { return x == 0; }
+inline bool isZero(cuComplex x) { return x.x == 0 && x.y == 0; }
+inline bool isZero(cuDoubleComplex x) { return x.x == 0 && x.y == 0; }
 
 template <class T>
 constexpr bool isComplex = !std::is_floating_point_v<T>;
 
 /// The Fortran letter of an enumerator; 0 if it is none.
-inline char letter(cublasOperation_t op)
-{
-    return unsigned(op) < 3 ? "NTC"[op] : '\0';
-}
-inline char letter(cublasFillMode_t uplo)
-{
-    return unsigned(uplo) < 2 ? "LU"[uplo] : '\0';
-}
-inline char letter(cublasDiagType_t diag)
-{
-    return unsigned(diag) < 2 ? "NU"[diag] : '\0';
-}
-inline char letter(cublasSideMode_t side)
-{
-    return unsigned(side) < 2 ? "LR"[side] : '\0';
-}
+inline char letter(cublasOperation_t op) { return unsigned(op) < 3 ? "NTC"[op] : '\0'; }
+inline char letter(cublasFillMode_t uplo) { return unsigned(uplo) < 2 ? "LU"[uplo] : '\0'; }
+inline char letter(cublasDiagType_t diag) { return unsigned(diag) < 2 ? "NU"[diag] : '\0'; }
+inline char letter(cublasSideMode_t side) { return unsigned(side) < 2 ? "LR"[side] : '\0'; }
 
 /// Checks and translates the arguments of one numerical call, then queues its work on the default stream. After a bad
 /// argument the rest is not looked at, and submit() does nothing but report it.

@@ -13,10 +13,7 @@ using namespace tarn::soft;
 namespace {
 
 /// The rows of op(A) are those of A.
-bool plain(cublasOperation_t op)
-{
-    return op == CUBLAS_OP_N;
-}
+bool plain(cublasOperation_t op) { return op == CUBLAS_OP_N; }
 
 /// Work of an m by n by k product; complex elements count four times.
 template <class T>

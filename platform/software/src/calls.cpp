@@ -37,10 +37,7 @@ bool recording = false;
 std::vector<SoftdevCall> recorded;
 std::vector<FailureRule> rules;
 
-void updateObserved()
-{
-    callsObserved = recording || !rules.empty();
-}
+void updateObserved() { callsObserved = recording || !rules.empty(); }
 
 /// Counts a call against every rule of its kind; the first rule that is due gives the code.
 int countCall(Failing kind, const std::string& name, bool isLaunch)

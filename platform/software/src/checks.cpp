@@ -13,10 +13,7 @@ static char guardByte(const char* address)
     return static_cast<char>(pattern[reinterpret_cast<std::uintptr_t>(address) % 4]);
 }
 
-void poison(char* memory, std::size_t bytes)
-{
-    fillMemory(memory, 0xFF, bytes);
-}
+void poison(char* memory, std::size_t bytes) { fillMemory(memory, 0xFF, bytes); }
 
 void setGuard(char* memory, std::size_t bytes)
 {

@@ -25,20 +25,11 @@ void softdevSetVersions(int runtime, int driver, int cublas) noexcept
     machine().versions = {runtime, driver, cublas};
 }
 
-void softdevSetHold(bool hold) noexcept
-{
-    machine().setHold(hold);
-}
+void softdevSetHold(bool hold) noexcept { machine().setHold(hold); }
 
-void softdevSetPoison(bool poison) noexcept
-{
-    setPoison(poison);
-}
+void softdevSetPoison(bool poison) noexcept { setPoison(poison); }
 
-bool softdevChecked() noexcept
-{
-    return checked;
-}
+bool softdevChecked() noexcept { return checked; }
 
 SoftdevLive softdevLive() noexcept
 {
@@ -48,7 +39,4 @@ SoftdevLive softdevLive() noexcept
             host.bytes,         streams().size(), blasHandles().size()};
 }
 
-void softdevResetPeak() noexcept
-{
-    resetPeakBytes();
-}
+void softdevResetPeak() noexcept { resetPeakBytes(); }

@@ -81,10 +81,7 @@ char* resolve(Device& device, const Copy& copy, const Operand& operand, bool& pa
     return static_cast<char*>(const_cast<void*>(operand.address));
 }
 
-Side sideOf(const void* address)
-{
-    return machine().owner(address) ? Side::device : Side::host;
-}
+Side sideOf(const void* address) { return machine().owner(address) ? Side::device : Side::host; }
 
 cudaError_t check(Device& device, const Copy& copy, CheckedCopy& result)
 {

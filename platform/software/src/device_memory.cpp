@@ -42,10 +42,7 @@ std::size_t roundUp(std::size_t bytes)
 
 /// Address space for a capacity. A GPU maps scattered pages into one range; here the spare space is what keeps
 /// fragmentation from refusing memory that is there.
-std::size_t arenaBytes(std::size_t capacity)
-{
-    return 2 * roundUp(capacity) + (std::size_t{64} << 20);
-}
+std::size_t arenaBytes(std::size_t capacity) { return 2 * roundUp(capacity) + (std::size_t{64} << 20); }
 
 } // namespace
 
@@ -61,19 +58,13 @@ void resetPeakBytes()
     counts.peakBytes = counts.bytes;
 }
 
-void setPoison(bool poison)
-{
-    poisoning = poison || checked;
-}
+void setPoison(bool poison) { poisoning = poison || checked; }
 
 DeviceMemory::DeviceMemory(std::size_t capacity)
     : capacity_(capacity), arena_(arenaBytes(capacity)), free_(arena_.bytes())
 {}
 
-std::size_t DeviceMemory::blockBytes(std::size_t bytes) const
-{
-    return guardBytes + roundUp(bytes) + guardBytes;
-}
+std::size_t DeviceMemory::blockBytes(std::size_t bytes) const { return guardBytes + roundUp(bytes) + guardBytes; }
 
 void* DeviceMemory::allocate(std::size_t bytes)
 {

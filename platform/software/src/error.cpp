@@ -13,9 +13,6 @@ cudaError_t latch(cudaError_t code) noexcept
     return code;
 }
 
-cudaError_t takeLatched() noexcept
-{
-    return std::exchange(latched, cudaSuccess);
-}
+cudaError_t takeLatched() noexcept { return std::exchange(latched, cudaSuccess); }
 
 } // namespace tarn::soft

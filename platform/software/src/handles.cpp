@@ -6,14 +6,8 @@ namespace tarn::soft {
 static HandleTable<cudaStream_t, Stream> streamTable;
 static HandleTable<cublasHandle_t, BlasContext> blasHandleTable;
 
-HandleTable<cudaStream_t, Stream>& streams()
-{
-    return streamTable;
-}
+HandleTable<cudaStream_t, Stream>& streams() { return streamTable; }
 
-HandleTable<cublasHandle_t, BlasContext>& blasHandles()
-{
-    return blasHandleTable;
-}
+HandleTable<cublasHandle_t, BlasContext>& blasHandles() { return blasHandleTable; }
 
 } // namespace tarn::soft

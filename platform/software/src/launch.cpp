@@ -29,8 +29,8 @@ struct Launch
 
     std::int64_t blocks() const { return std::int64_t{grid.x} * grid.y * grid.z; }
 
-    /// Coordinates of the block that runs as number `index`. The blocks of a plane run in small squares, so that kernels
-    /// which walk rows here and columns there, as transpositions do, stay within few pages at a time.
+    /// Coordinates of the block that runs as number `index`. The blocks of a plane run in small squares, so that
+    /// kernels which walk rows here and columns there, as transpositions do, stay within few pages at a time.
     uint3 place(std::uint64_t index) const
     {
         constexpr unsigned side = 4;
@@ -83,10 +83,7 @@ thread_local SoftBlock currentBlock;
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) SoftBlock& tarnSoftBlock() noexcept
-{
-    return currentBlock;
-}
+extern "C" __attribute__((visibility("default"))) SoftBlock& tarnSoftBlock() noexcept { return currentBlock; }
 
 cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBlock, std::function<void()> runBlock)
 {
@@ -121,7 +118,4 @@ cudaError_t softdevDeviceView(const void* address, void** view) noexcept
     return cudaSuccess;
 }
 
-cudaError_t softdevFail(cudaError_t code) noexcept
-{
-    return latch(code);
-}
+cudaError_t softdevFail(cudaError_t code) noexcept { return latch(code); }

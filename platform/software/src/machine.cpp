@@ -23,15 +23,9 @@ Machine theMachine;
 
 } // namespace
 
-Machine& machine()
-{
-    return theMachine;
-}
+Machine& machine() { return theMachine; }
 
-bool unloaded()
-{
-    return machineIsGone.load(std::memory_order_relaxed);
-}
+bool unloaded() { return machineIsGone.load(std::memory_order_relaxed); }
 
 Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex, bool hold)
     : record(deviceRecord), index(deviceIndex), memory(deviceRecord.memory)
@@ -67,15 +61,9 @@ void Device::submit(Work work)
     }
 }
 
-Machine::Machine() : hold_(checked)
-{
-    setDevices({softdevDefaultDevice()});
-}
+Machine::Machine() : hold_(checked) { setDevices({softdevDefaultDevice()}); }
 
-Machine::~Machine()
-{
-    machineIsGone = true;
-}
+Machine::~Machine() { machineIsGone = true; }
 
 int Machine::deviceCount()
 {
@@ -103,10 +91,7 @@ int Machine::currentIndex() const
     return currentDevice.generation == generation_.load(std::memory_order_relaxed) ? currentDevice.index : 0;
 }
 
-void Machine::setCurrent(int index)
-{
-    currentDevice = {generation_.load(std::memory_order_relaxed), index};
-}
+void Machine::setCurrent(int index) { currentDevice = {generation_.load(std::memory_order_relaxed), index}; }
 
 template <class Visit>
 void Machine::forDevices(const Visit& visit)

@@ -10,8 +10,8 @@ namespace tarn {
 namespace {
 
 template <class T>
-tarnStatus deviceGemm(char transa, char transb, int m, int n, int k, T alpha, T* a, int lda, T* b, int ldb, T beta, T* c,
-                      int ldc)
+tarnStatus deviceGemm(char transa, char transb, int m, int n, int k, T alpha, T* a, int lda, T* b, int ldb, T beta,
+                      T* c, int ldc)
 {
     return deviceForm<T>([&] { blas::gemm(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc); });
 }

@@ -25,7 +25,8 @@ tarnStatus hostTrsm(char side, char uplo, char transa, char diag, int m, int n, 
         const int order = side == 'L' ? m : n;
         DeviceMirror<T> A({order, order, 1}, a, lda, MirrorIn);
         DeviceMirror<T> B({m, n, 1}, b, ldb, MirrorIn | MirrorOut);
-        return finished(deviceTrsm(side, uplo, transa, diag, m, n, alpha, A.data(), A.deviceLd(), B.data(), B.deviceLd()));
+        return finished(
+            deviceTrsm(side, uplo, transa, diag, m, n, alpha, A.data(), A.deviceLd(), B.data(), B.deviceLd()));
     });
 }
 

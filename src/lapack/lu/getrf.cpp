@@ -43,8 +43,8 @@ int unblocked(MatrixView<T> A, int* ipiv)
     return firstSingular;
 }
 
-/// Right-looking LU in panels of nb columns with look-ahead. The columns of the next panel are updated first and sent to
-/// the host; while the CPU factorises them, the device updates the remainder. Returns as factorisePanel.
+/// Right-looking LU in panels of nb columns with look-ahead. The columns of the next panel are updated first and sent
+/// to the host; while the CPU factorises them, the device updates the remainder. Returns as factorisePanel.
 ///
 /// hostPanel is filled by a fetch only after the send of the same pass has arrived, which the second wait sees to.
 template <class T, template <class> class Storage>

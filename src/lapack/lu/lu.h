@@ -8,9 +8,9 @@ namespace tarn::lu {
 void checkGetrf(int m, int n, const void* a, int lda, const int* ipiv);
 void checkGesv(int n, int nrhs, const void* a, int lda, const int* ipiv, const void* b, int ldb);
 
-/// A = P L U in LAPACK's layout; ipiv gets min(m, n) one-based pivots. Panels are factorised on the CPU while the device
-/// updates the rest. Square matrices of order 513 and more are worked on in transposed storage. A zero pivot raises a
-/// data error with the index of the first one after the factorisation has been completed.
+/// A = P L U in LAPACK's layout; ipiv gets min(m, n) one-based pivots. Panels are factorised on the CPU while the
+/// device updates the rest. Square matrices of order 513 and more are worked on in transposed storage. A zero pivot
+/// raises a data error with the index of the first one after the factorisation has been completed.
 template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv);
 

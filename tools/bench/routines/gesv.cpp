@@ -36,9 +36,6 @@ struct Gesv
 
 } // namespace
 
-Routine gesv()
-{
-    return describe<Gesv, float, std::complex<float>>("gesv", reference::lapack);
-}
+Routine gesv() { return describe<Gesv, float, std::complex<float>>("gesv", reference::lapack); }
 
 } // namespace tarn::bench

@@ -62,9 +62,6 @@ struct Getrf
 
 } // namespace
 
-Routine getrf()
-{
-    return describe<Getrf, float, std::complex<float>>("getrf", reference::lapack);
-}
+Routine getrf() { return describe<Getrf, float, std::complex<float>>("getrf", reference::lapack); }
 
 } // namespace tarn::bench

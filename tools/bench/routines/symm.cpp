@@ -57,9 +57,6 @@ Routine symm()
     return describe<Symm<false>, float, double, std::complex<float>, std::complex<double>>("symm", reference::blas);
 }
 
-Routine hemm()
-{
-    return describe<Symm<true>, std::complex<float>, std::complex<double>>("hemm", reference::blas);
-}
+Routine hemm() { return describe<Symm<true>, std::complex<float>, std::complex<double>>("hemm", reference::blas); }
 
 } // namespace tarn::bench

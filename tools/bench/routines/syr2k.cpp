@@ -67,9 +67,6 @@ Routine syr2k()
     return describe<Syr2k<false>, float, double, std::complex<float>, std::complex<double>>("syr2k", reference::blas);
 }
 
-Routine her2k()
-{
-    return describe<Syr2k<true>, std::complex<float>, std::complex<double>>("her2k", reference::blas);
-}
+Routine her2k() { return describe<Syr2k<true>, std::complex<float>, std::complex<double>>("her2k", reference::blas); }
 
 } // namespace tarn::bench

@@ -61,9 +61,6 @@ Routine syrk()
     return describe<Syrk<false>, float, double, std::complex<float>, std::complex<double>>("syrk", reference::blas);
 }
 
-Routine herk()
-{
-    return describe<Syrk<true>, std::complex<float>, std::complex<double>>("herk", reference::blas);
-}
+Routine herk() { return describe<Syrk<true>, std::complex<float>, std::complex<double>>("herk", reference::blas); }
 
 } // namespace tarn::bench
