@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test demo bench performance cuda gpu-bundle format clean
+.PHONY: setup build test check-all demo bench performance cuda gpu-bundle format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -16,6 +16,15 @@ build: setup
 
 test: build
 	@ctest --preset release -j 1
+
+# The tests, the kernels under the race check, and all tests again under the address and undefined-behaviour sanitizers.
+check-all: test
+	@cmake --preset tsan $(CMAKE_FLAGS)
+	@cmake --build --preset tsan -j $(JOBS) --target kernels_test planted
+	@ctest --preset tsan -j 1 --tests-regex '^(kernels_test|race-check)'
+	@cmake --preset asan $(CMAKE_FLAGS)
+	@cmake --build --preset asan -j $(JOBS)
+	@ctest --preset asan -j 1
 
 demo: build
 	@build/release/bin/tarn demo
@@ -33,6 +42,7 @@ cuda: setup
 	cmake --build --preset cuda -j $(JOBS)
 	tests/exports/check-exports build/cuda/lib/libtarn_lapack.so
 	tests/cuda/check-without-gpu build/cuda
+	tests/cuda/check-kernels build/cuda
 
 gpu-bundle: setup
 	@scripts/gpu-bundle --arch $(GPU_ARCH) --jobs $(JOBS)

@@ -17,16 +17,13 @@ namespace {
 template <char side>
 inline constexpr int threadsFor = side == 'L' ? 128 : 64;
 
+/// How far ahead a CPU asks for the columns that rows run through: each lies on pages of its own.
+constexpr int columnsAhead = 12;
+
 /// Products rounded by themselves in single precision, never fused with the addition that follows: a rotation with c =
 /// 1 and s = 0 leaves the matrix as it is.
-__device__ __forceinline__ float mul(float a, float b)
-{
-    return __fmul_rn(a, b);
-}
-__device__ __forceinline__ double mul(double a, double b)
-{
-    return a * b;
-}
+__device__ __forceinline__ float mul(float a, float b) { return __fmul_rn(a, b); }
+__device__ __forceinline__ double mul(double a, double b) { return a * b; }
 
 template <class R>
 __device__ __forceinline__ Complex<R> mul(R a, Complex<R> b)
@@ -88,10 +85,18 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
         TARN_UNROLL(16)
         for (int k = 0; k < count; ++k) {
             const int j = forward ? first + k : rotations - 1 - first - k;
-            block.each([&](int t) {
-                if (t < linesLeft)
-                    rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
-            });
+            if constexpr (side == 'R') {
+                const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
+                if (0 <= ahead && ahead <= rotations)
+                    prefetchBlock<N, 1>(A + offset(line0, ahead, lda), lda);
+            }
+            if (linesLeft >= N)
+                block.each([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]); });
+            else
+                block.each([&](int t) {
+                    if (t < linesLeft)
+                        rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
+                });
             // Keeps the warps together, so that they share the cache lines of their columns.
             if constexpr (side == 'L' && WARP_SZ < N)
                 block.sync();

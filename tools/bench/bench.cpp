@@ -179,7 +179,11 @@ Command addBench(CLI::App& tarn)
                   "other options --size and --repeat count")
         ->excludes(json);
     app->footer(bench::help());
-    return {app, [options] { return bench::runBench(*options); }};
+    return {app, [options, app] {
+                if (options->kernels && app->count("--size") == 0)
+                    options->sizes = {"2048"};
+                return bench::runBench(*options);
+            }};
 }
 
 } // namespace tarn::tool
