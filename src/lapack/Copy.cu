@@ -26,7 +26,7 @@ __global__ void CopyComplexToReal_k(Real<T>* dst, const T* src)
     block.each([&](int) { *dst = src->real(); });
 }
 
-/// *dst := *src, with imaginary part 0. One thread.
+/// *dst := *src, with a zero imaginary part. One thread.
 template <class T>
 __global__ void CopyRealToComplex_k(T* dst, const Real<T>* src)
 {

@@ -32,7 +32,7 @@ void LASWP(int n, T* A, int lda, int k1, int k2, const int* ipiv, int incx);
 template <class T>
 void LASWPCOL(int n, T* A, int lda, int k1, int k2, const int* ipiv, int incx);
 
-/// dst[k incDst] := src[k incSrc] for k below n, with imaginary parts 0. Nothing if n or an increment is not positive.
+/// dst[k incDst] := src[k incSrc] for k below n, with zero imaginary parts. Nothing if n or an increment is not positive.
 /// S D C Z.
 template <class T>
 void CopyVectorRealToComplex(int n, T* dst, int incDst, const Real<T>* src, int incSrc);
@@ -115,7 +115,7 @@ void ORGBR_COPY(char uplo, int n, T* A, int lda);
 template <class T>
 void ConjugateTransposeInplace(int n, T* A, int lda);
 
-/// *dst := *src; between real and complex with imaginary part 0, or without it. S D C Z, CopyComplexToReal C Z.
+/// *dst := *src; between real and complex with a zero imaginary part, or without it. S D C Z, CopyComplexToReal C Z.
 template <class T>
 void CopySingle(T* dst, const T* src);
 template <class T>
