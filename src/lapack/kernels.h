@@ -32,8 +32,8 @@ void LASWP(int n, T* A, int lda, int k1, int k2, const int* ipiv, int incx);
 template <class T>
 void LASWPCOL(int n, T* A, int lda, int k1, int k2, const int* ipiv, int incx);
 
-/// dst[k incDst] := src[k incSrc] for k below n, with zero imaginary parts. Nothing if n or an increment is not positive.
-/// S D C Z.
+/// dst[k incDst] := src[k incSrc] for k below n, with zero imaginary parts. Nothing if n or an increment is not
+/// positive. S D C Z.
 template <class T>
 void CopyVectorRealToComplex(int n, T* dst, int incDst, const Real<T>* src, int incSrc);
 
@@ -85,10 +85,7 @@ template <class T>
 void gemv(char trans, int m, int n, T alpha, const T* A, int lda, const T* x, int incx, T beta, T* y, int incy);
 
 /// Elements of the workspace of symv: a row of n for each 32 rows of A.
-inline std::int64_t symvWorkspace(int n)
-{
-    return (std::int64_t(n) + 31) / 32 * n;
-}
+inline std::int64_t symvWorkspace(int n) { return (std::int64_t(n) + 31) / 32 * n; }
 
 /// y := alpha A x + beta y, A symmetric (real T) or Hermitian of order n > 0, of which the triangle uplo is read;
 /// increments positive. Without a workspace partial sums meet in y by atomic additions, so that the last bits may vary
