@@ -67,6 +67,13 @@ cudaError_t Queue::wait(Ticket ticket)
     return takeError(ticket);
 }
 
+cudaError_t Queue::settle(Ticket ticket)
+{
+    std::unique_lock lock(mutex_);
+    waitUntilDone(lock, hold_ ? ticket : issued_);
+    return takeError(ticket);
+}
+
 cudaError_t Queue::waitAll()
 {
     std::unique_lock lock(mutex_);

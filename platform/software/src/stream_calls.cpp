@@ -32,7 +32,7 @@ cudaError_t cudaStreamSynchronize(cudaStream_t stream)
         if (!stream)
             return device.waitDefaultStream();
         const auto known = streams().find(stream);
-        return known ? known->device->queue.wait(known->last) : cudaErrorInvalidResourceHandle;
+        return known ? known->device->queue.settle(known->last) : cudaErrorInvalidResourceHandle;
     });
 }
 }
