@@ -146,6 +146,103 @@ TARN_API tarnStatus tarnDeviceSgesv(int n, int nrhs, tarnDeviceFloat* a, int lda
 TARN_API tarnStatus tarnDeviceCgesv(int n, int nrhs, tarnDeviceFloatComplex* a, int lda, tarnDeviceInt* ipiv,
                                     tarnDeviceFloatComplex* b, int ldb);
 
+/* ---- Orthogonal factorisations and least squares ---- */
+
+/**
+ * geqrf: A = Q R by Householder reflections, blocked with look-ahead; Q = H(1) H(2) ... H(k), k = min(m, n).
+ *
+ *   m, n   rows and columns of A
+ *   a      m by n, lda >= max(1, m); out: R on and above the diagonal, below it column i of the vectors of
+ *          H(i) = I - tau[i - 1] v v^H, whose element v(i) = 1 is not stored
+ *   tau    out: k scalars
+ *
+ * tarnArgumentError: -1 m, -2 n, -3 a is null, -4 lda, -5 tau is null. A rank-deficient A is no error.
+ * Work: 2 m n^2 - 2/3 n^3 flops for m >= n (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgeqrf(int m, int n, tarnFloat* a, int lda, tarnFloat* tau);
+TARN_API tarnStatus tarnCgeqrf(int m, int n, tarnFloatComplex* a, int lda, tarnFloatComplex* tau);
+TARN_API tarnStatus tarnDeviceSgeqrf(int m, int n, tarnDeviceFloat* a, int lda, tarnDeviceFloat* tau);
+TARN_API tarnStatus tarnDeviceCgeqrf(int m, int n, tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* tau);
+
+/**
+ * gels: solves op(A) X = B for an A of full rank by its QR or LQ factorisation: with more equations than unknowns in
+ * the sense of least squares, with fewer by the solution of least norm. op(A) = A ("N") or A^H ("C"; "T" means the same
+ * for real and complex A).
+ *
+ *   m, n   rows and columns of A;  nrhs  columns of B
+ *   a      m by n, lda >= max(1, m); out: the QR factorisation as of geqrf for m >= n, else the LQ factorisation: L on
+ *          and below the diagonal, the vectors of the reflectors as rows to its right
+ *   b      max(m, n) rows, nrhs columns, ldb >= max(1, m, n); in: the right-hand sides in the first rows; out: X in the
+ *          first rows. Where there are more equations than unknowns, the 2-norm of the rows below X in a column is the
+ *          norm of its residual
+ *
+ * tarnDataError: info i > 0, element i of the diagonal of R or L is exactly zero: A has not full rank. a holds the
+ * factorisation, b no solution. With m, n or nrhs 0 B becomes zero.
+ * tarnArgumentError: -1 trans, -2 m, -3 n, -4 nrhs, -5 a is null, -6 lda, -7 b is null, -8 ldb.
+ * Work: 2 m n^2 - 2/3 n^3 + (4 m n - n^2) nrhs flops for m >= n (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgels(char trans, int m, int n, int nrhs, tarnFloat* a, int lda, tarnFloat* b, int ldb);
+TARN_API tarnStatus tarnCgels(char trans, int m, int n, int nrhs, tarnFloatComplex* a, int lda, tarnFloatComplex* b,
+                              int ldb);
+TARN_API tarnStatus tarnDeviceSgels(char trans, int m, int n, int nrhs, tarnDeviceFloat* a, int lda, tarnDeviceFloat* b,
+                                    int ldb);
+TARN_API tarnStatus tarnDeviceCgels(char trans, int m, int n, int nrhs, tarnDeviceFloatComplex* a, int lda,
+                                    tarnDeviceFloatComplex* b, int ldb);
+
+/**
+ * gglse: minimises norm2(c - A x) subject to B x = d, by the generalised RQ factorisation of B and A. B is to have full
+ * row rank p, and A and B together full column rank n.
+ *
+ *   m, n, p   A is m by n, B is p by n, p <= n <= m + p
+ *   a, b      lda >= max(1, m), ldb >= max(1, p); out: factors
+ *   c         m elements; out: the sum of squares of its last m - n + p elements is that of the residual
+ *   d         p elements; destroyed
+ *   x         out: n elements
+ *
+ * tarnDataError: info 1, B has not full row rank; info 2, A and B together have not full column rank (by an exact zero
+ * on the diagonal of a triangular factor). x is no solution then.
+ * tarnArgumentError: -1 m, -2 n, -3 p, -4 a is null, -5 lda, -6 b is null, -7 ldb, -8 c is null, -9 d is null, -10 x is
+ * null; b and d may be null for p = 0. Work: 2 n p^2 - 2/3 p^3 for p <= n, 4 m n p - 2 m p^2, and the flops of geqrf of
+ * A (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgglse(int m, int n, int p, tarnFloat* a, int lda, tarnFloat* b, int ldb, tarnFloat* c,
+                               tarnFloat* d, tarnFloat* x);
+TARN_API tarnStatus tarnCgglse(int m, int n, int p, tarnFloatComplex* a, int lda, tarnFloatComplex* b, int ldb,
+                               tarnFloatComplex* c, tarnFloatComplex* d, tarnFloatComplex* x);
+TARN_API tarnStatus tarnDeviceSgglse(int m, int n, int p, tarnDeviceFloat* a, int lda, tarnDeviceFloat* b, int ldb,
+                                     tarnDeviceFloat* c, tarnDeviceFloat* d, tarnDeviceFloat* x);
+TARN_API tarnStatus tarnDeviceCgglse(int m, int n, int p, tarnDeviceFloatComplex* a, int lda, tarnDeviceFloatComplex* b,
+                                     int ldb, tarnDeviceFloatComplex* c, tarnDeviceFloatComplex* d,
+                                     tarnDeviceFloatComplex* x);
+
+/* ---- Singular value decomposition ---- */
+
+/**
+ * gesvd: A = U S V^H, by reduction to bidiagonal form and implicit zero-shift QR; k = min(m, n).
+ *
+ *   jobu   "A": all m columns of U go to u; "S": the first k; "O": the first k replace A; "N": none
+ *   jobvt  "A": all n rows of V^H go to vt; "S": the first k; "O": the first k replace A; "N": none; not "O" twice
+ *   a      m by n, lda >= max(1, m); destroyed unless a job is "O"
+ *   s      out: k singular values, descending, real
+ *   u      ldu >= 1, and m for "A" and "S"; not used for "O" and "N", and may be null then
+ *   vt     ldvt >= 1, and n for "A", k for "S"; not used for "O" and "N", and may be null then
+ *
+ * tarnDataError: info i > 0, the iteration did not converge; i off-diagonal elements of the bidiagonal matrix are not
+ * zero (with both jobs "N": info of the CPU LAPACK's lasq1). s, u and vt hold the state reached.
+ * tarnArgumentError: -1 jobu, -2 jobvt, -3 m, -4 n, -5 a is null, -6 lda, -7 s is null, -8 u is null, -9 ldu, -10 vt is
+ * null, -11 ldvt. Work for m >= n, of which the iteration's part is an estimate: 4 m n^2 - 4/3 n^3 flops for the
+ * values, 14 m n^2 + 8 n^3 with both jobs "S", 4 m^2 n + 8 m n^2 + 9 n^3 with both "A" (times 4 for complex).
+ */
+TARN_API tarnStatus tarnSgesvd(char jobu, char jobvt, int m, int n, tarnFloat* a, int lda, tarnFloat* s, tarnFloat* u,
+                               int ldu, tarnFloat* vt, int ldvt);
+TARN_API tarnStatus tarnCgesvd(char jobu, char jobvt, int m, int n, tarnFloatComplex* a, int lda, tarnFloat* s,
+                               tarnFloatComplex* u, int ldu, tarnFloatComplex* vt, int ldvt);
+TARN_API tarnStatus tarnDeviceSgesvd(char jobu, char jobvt, int m, int n, tarnDeviceFloat* a, int lda,
+                                     tarnDeviceFloat* s, tarnDeviceFloat* u, int ldu, tarnDeviceFloat* vt, int ldvt);
+TARN_API tarnStatus tarnDeviceCgesvd(char jobu, char jobvt, int m, int n, tarnDeviceFloatComplex* a, int lda,
+                                     tarnDeviceFloat* s, tarnDeviceFloatComplex* u, int ldu, tarnDeviceFloatComplex* vt,
+                                     int ldvt);
+
 /* ---- BLAS level 3 ---- */
 
 /**

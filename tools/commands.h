@@ -16,6 +16,8 @@ struct Command
 
 Command addInfo(CLI::App& tarn);
 Command addSolve(CLI::App& tarn);
+Command addLstsq(CLI::App& tarn);
+Command addSvd(CLI::App& tarn);
 Command addBench(CLI::App& tarn);
 Command addDemo(CLI::App& tarn);
 

@@ -116,6 +116,9 @@ void multiplyAdd(Matrix<Wide<T>>& y, Wide<T> alpha, char op, const Matrix<T>& a,
     }
 }
 
+/// error / bound, and 0 where there is no error at all.
+inline double ratio(double error, double bound) { return error == 0 ? 0 : error / bound; }
+
 /// norm1(B - A X) / (n norm1(A) norm1(X) eps), the backward error of a solution of A X = B; 0 for n = 0.
 template <class T>
 double solveBackwardError(const Matrix<T>& a, const Matrix<T>& b, const Matrix<T>& x)
@@ -124,8 +127,7 @@ double solveBackwardError(const Matrix<T>& a, const Matrix<T>& b, const Matrix<T
         return 0;
     Matrix<Wide<T>> residual = convert<Wide<T>>(b);
     multiplyAdd(residual, Wide<T>(-1), 'N', a, convert<Wide<T>>(x));
-    const double error = norm1(residual);
-    return error == 0 ? 0 : error / (a.rows * norm1(a) * norm1(x) * epsilon<T>);
+    return ratio(norm1(residual), a.rows * norm1(a) * norm1(x) * epsilon<T>);
 }
 
 } // namespace tarn::tool

@@ -1,8 +1,10 @@
 // Fortran names of the CPU BLAS and LAPACK: 32-bit integers, hidden lengths of character arguments at the end.
 #pragma once
 
+#include <algorithm>
 #include <complex>
 #include <cstddef>
+#include <vector>
 
 namespace tarn::tool {
 
@@ -40,6 +42,28 @@ using FortranGetrf = void(const int* m, const int* n, T* a, const int* lda, int*
 template <class T>
 using FortranGesv = void(const int* n, const int* nrhs, T* a, const int* lda, int* ipiv, T* b, const int* ldb,
                          int* info);
+template <class T>
+using FortranGeqrf = void(const int* m, const int* n, T* a, const int* lda, T* tau, T* work, const int* lwork,
+                          int* info);
+template <class T>
+using FortranGels = void(const char* trans, const int* m, const int* n, const int* nrhs, T* a, const int* lda, T* b,
+                         const int* ldb, T* work, const int* lwork, int* info, std::size_t);
+template <class T>
+using FortranGglse = void(const int* m, const int* n, const int* p, T* a, const int* lda, T* b, const int* ldb, T* c,
+                          T* d, T* x, T* work, const int* lwork, int* info);
+template <class T>
+using FortranGesvd = void(const char* jobu, const char* jobvt, const int* m, const int* n, T* a, const int* lda, T* s,
+                          T* u, const int* ldu, T* vt, const int* ldvt, T* work, const int* lwork, int* info,
+                          std::size_t, std::size_t);
+template <class T>
+using FortranComplexGesvd = void(const char* jobu, const char* jobvt, const int* m, const int* n, std::complex<T>* a,
+                                 const int* lda, T* s, std::complex<T>* u, const int* ldu, std::complex<T>* vt,
+                                 const int* ldvt, std::complex<T>* work, const int* lwork, T* rwork, int* info,
+                                 std::size_t, std::size_t);
+template <class T>
+using FortranTrcon = void(const char* norm, const char* uplo, const char* diag, const int* n, const T* a,
+                          const int* lda, T* rcond, T* work, int* iwork, int* info, std::size_t, std::size_t,
+                          std::size_t);
 
 extern "C" {
 FortranGemm<float> sgemm_;
@@ -85,6 +109,31 @@ FortranGetrf<std::complex<float>> cgetrf_;
 FortranGesv<float> sgesv_;
 FortranGesv<double> dgesv_;
 FortranGesv<std::complex<float>> cgesv_;
+FortranGeqrf<float> sgeqrf_;
+FortranGeqrf<std::complex<float>> cgeqrf_;
+FortranGels<float> sgels_;
+FortranGels<double> dgels_;
+FortranGels<std::complex<float>> cgels_;
+FortranGels<std::complex<double>> zgels_;
+FortranGglse<float> sgglse_;
+FortranGglse<double> dgglse_;
+FortranGglse<std::complex<float>> cgglse_;
+FortranGesvd<float> sgesvd_;
+FortranGesvd<double> dgesvd_;
+FortranComplexGesvd<float> cgesvd_;
+FortranTrcon<double> dtrcon_;
+}
+
+/// Calls call(work, lwork) twice: first with lwork -1, which asks for the best length of the workspace, then with it.
+template <class T, class Call>
+void withWorkspace(const Call& call)
+{
+    T length = 0;
+    int lwork = -1;
+    call(&length, &lwork);
+    lwork = int(std::real(length));
+    std::vector<T> work(std::size_t(std::max(1, lwork)));
+    call(work.data(), &lwork);
 }
 
 } // namespace tarn::tool

@@ -1,6 +1,6 @@
 #include "commands.h"
 #include "failure.h"
-#include "matrix_market.h"
+#include "single_precision.h"
 #include "timing.h"
 
 #include <fmt/format.h>
@@ -25,49 +25,14 @@ struct Solution
     double seconds = 0, gflops = 0, backwardError = 0;
 };
 
-/// Rounds to single precision; fails for a value that does not fit.
-template <class T>
-Matrix<T> toSingle(const std::string& file, const AnyMatrix& any)
-{
-    return std::visit(
-        [&](const auto& wide) -> Matrix<T> {
-            using From = typename std::decay_t<decltype(wide)>::value_type;
-            if constexpr (isComplex<From> && !isComplex<T>) {
-                throw Failure(file + ": complex values in a real system");
-            } else {
-                Matrix<T> single = convert<T>(wide);
-                for (int j = 0; j < single.cols; ++j)
-                    for (int i = 0; i < single.rows; ++i)
-                        if (!(std::abs(single(i, j)) <= std::numeric_limits<float>::max()))
-                            throw Failure(fmt::format("{}: entry ({}, {}) is too large for single precision", file,
-                                                      i + 1, j + 1));
-                return single;
-            }
-        },
-        any);
-}
-
-/// A times ones, n by 1.
-template <class T>
-Matrix<T> rowSums(const Matrix<T>& a)
-{
-    Matrix<Wide<T>> ones(a.cols, 1), sums(a.rows, 1);
-    std::fill(ones.values.begin(), ones.values.end(), Wide<T>(1));
-    multiplyAdd(sums, Wide<T>(1), 'N', a, ones);
-    return convert<T>(sums);
-}
-
 void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
 {
-    const auto shape = [](const AnyMatrix& any) {
-        return std::visit([](const auto& a) { return std::pair(a.rows, a.cols); }, any);
-    };
-    const auto [rows, cols] = shape(matrix);
+    const auto [rows, cols] = shapeOf(matrix);
     if (rows != cols)
         throw Failure(fmt::format("{}: the matrix is {} x {}, not square", options.matrix, rows, cols));
-    if (rhs && shape(*rhs).first != rows)
+    if (rhs && shapeOf(*rhs).first != rows)
         throw Failure(fmt::format("{}: the right-hand side has {} rows, but the matrix has order {}", options.rhs,
-                                  shape(*rhs).first, rows));
+                                  shapeOf(*rhs).first, rows));
 }
 
 template <class T>
@@ -136,7 +101,6 @@ int runSolve(const SolveOptions& options)
         rhs = readMatrixMarket(options.rhs);
     checkShapes(options, matrix, rhs);
 
-    const auto holdsComplex = [](const AnyMatrix& any) { return any.index() == 1; };
     if (options.complex || holdsComplex(matrix) || (rhs && holdsComplex(*rhs)))
         print(options, 'c', solve<std::complex<float>>(options, matrix, rhs));
     else

@@ -7,24 +7,12 @@
 #include "lapack/kernels.h"
 #include "memory/memory_pool.h"
 
-#include <cstdint>
-#include <limits>
-
 namespace tarn::blas {
 
 namespace {
 
 constexpr int kernelFrom = 1200;
 constexpr int atomicsFrom = 20; ///< capability with atomic additions of floats in global memory
-
-/// Elements of the kernel's workspace. Raises if the pool, which counts in 32 bits, cannot hold that many.
-int workspaceElements(int n)
-{
-    const std::int64_t elements = kernel::symvWorkspace(n);
-    if (elements > std::numeric_limits<int>::max())
-        throw velk::CudaMemoryException("symv: workspace too large");
-    return int(elements);
-}
 
 /// The kernel path: partial sums meet in y by atomic additions, or in a workspace where the device has none.
 template <class T>
@@ -34,7 +22,7 @@ void multiplyByKernel(char uplo, int n, T alpha, const T* a, int lda, const T* x
         kernel::symv(uplo, n, alpha, a, lda, x, incx, beta, y, incy, static_cast<T*>(nullptr));
         return;
     }
-    const PoolBlock<T> work = MemoryPool<T>::instance().acquire(workspaceElements(n));
+    const PoolBlock<T> work = MemoryPool<T>::instance().acquire(kernel::symvWorkspace(n));
     kernel::symv(uplo, n, alpha, a, lda, x, incx, beta, y, incy, work.data());
     // The next user of the block may be on another stream.
     velk::throwOnCudaError(cudaDeviceSynchronize());

@@ -9,14 +9,22 @@
 #include <boost/thread/mutex.hpp>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
-constexpr int smallestBlock = 0x40000;
+constexpr std::int64_t smallestBlock = 0x40000;
 constexpr int firstFill[] = {0x200000, 0x100000, 0x100000, 0x100000, 0x100000};
 
 /// Guards the pools of all element types.
 boost::mutex poolMutex;
+
+/// An extent of n elements, or of less than 65536 more where they are too many for one dimension.
+Extent extentOf(std::int64_t n)
+{
+    constexpr int rows = 0x10000;
+    return n <= std::numeric_limits<int>::max() ? Extent{int(n), 1, 1} : Extent{rows, int((n + rows - 1) / rows), 1};
+}
 
 } // namespace
 
@@ -29,7 +37,7 @@ MemoryPool<T>& MemoryPool<T>::instance()
 }
 
 template <class T>
-PoolBlock<T> MemoryPool<T>::acquire(int n, const StreamHandle& stream)
+PoolBlock<T> MemoryPool<T>::acquire(std::int64_t n, const StreamHandle& stream)
 {
     if (n < 0)
         throw std::runtime_error("Memory Pool: bad request");
@@ -62,16 +70,16 @@ void MemoryPool<T>::fill(Blocks& blocks)
 }
 
 template <class T>
-PoolBlock<T>& MemoryPool<T>::append(Blocks& blocks, int n)
+PoolBlock<T>& MemoryPool<T>::append(Blocks& blocks, std::int64_t n)
 {
     PoolBlock<T> block;
-    block.memory.reset({n, 1, 1});
+    block.memory.reset(extentOf(n));
     blocks.push_back(block);
     return blocks.back();
 }
 
 template <class T>
-PoolBlock<T>* MemoryPool<T>::bestFit(Blocks& blocks, int n)
+PoolBlock<T>* MemoryPool<T>::bestFit(Blocks& blocks, std::int64_t n)
 {
     PoolBlock<T>* best = nullptr;
     for (PoolBlock<T>& block : blocks)
@@ -81,7 +89,7 @@ PoolBlock<T>* MemoryPool<T>::bestFit(Blocks& blocks, int n)
 }
 
 template <class T>
-PoolBlock<T>& MemoryPool<T>::allocate(Blocks& blocks, int n)
+PoolBlock<T>& MemoryPool<T>::allocate(Blocks& blocks, std::int64_t n)
 {
     for (;;) {
         try {

@@ -5,6 +5,7 @@
 #include "memory/managed_memory.h"
 #include "memory/stream.h"
 
+#include <cstdint>
 #include <list>
 #include <map>
 
@@ -31,7 +32,7 @@ public:
     /// among the free blocks, else a new block of max(n, 262144) elements; the first call on a device also makes five
     /// blocks of one and two mebi-elements. If the device is full, the free blocks of this pool on it are given back
     /// first. Raises CudaMemoryException if that does not help, std::runtime_error for a negative n.
-    PoolBlock<T> acquire(int n, const StreamHandle& stream = {});
+    PoolBlock<T> acquire(std::int64_t n, const StreamHandle& stream = {});
 
     /// Gives every free block of every device back.
     void clear();
@@ -41,9 +42,9 @@ private:
 
     static bool isFree(const PoolBlock<T>& block) { return !block.memory.isShared(); }
     static void fill(Blocks& blocks);
-    static PoolBlock<T>& append(Blocks& blocks, int n);
-    static PoolBlock<T>* bestFit(Blocks& blocks, int n);
-    static PoolBlock<T>& allocate(Blocks& blocks, int n);
+    static PoolBlock<T>& append(Blocks& blocks, std::int64_t n);
+    static PoolBlock<T>* bestFit(Blocks& blocks, std::int64_t n);
+    static PoolBlock<T>& allocate(Blocks& blocks, std::int64_t n);
     static std::size_t eraseFree(Blocks& blocks);
     static PoolBlock<T> attach(PoolBlock<T>& block, const StreamHandle& stream);
 

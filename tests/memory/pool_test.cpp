@@ -29,7 +29,7 @@ protected:
     }
 
     template <class T = float>
-    static PoolBlock<T> acquire(int n, const StreamHandle& stream = {})
+    static PoolBlock<T> acquire(std::int64_t n, const StreamHandle& stream = {})
     {
         return MemoryPool<T>::instance().acquire(n, stream);
     }
@@ -111,6 +111,7 @@ TEST_F(Pool, AFullDeviceGivesTheFreeBlocksBackFirst)
     const PoolBlock<float> second = acquire(1);
     EXPECT_EQ(second.memory.size(), most - middle);
     EXPECT_THROW(acquire(large), velk::CudaMemoryException) << "nothing is free any more";
+    EXPECT_THROW(acquire((std::int64_t(1) << 32) + 1), velk::CudaMemoryException) << "a size of more than 32 bits";
     cudaGetLastError();
     EXPECT_EQ(softdevLive().allocations, 2u);
 }

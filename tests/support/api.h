@@ -19,6 +19,14 @@ struct Api<float>
     static constexpr auto deviceGetrf = tarnDeviceSgetrf;
     static constexpr auto gesv = tarnSgesv;
     static constexpr auto deviceGesv = tarnDeviceSgesv;
+    static constexpr auto geqrf = tarnSgeqrf;
+    static constexpr auto deviceGeqrf = tarnDeviceSgeqrf;
+    static constexpr auto gels = tarnSgels;
+    static constexpr auto deviceGels = tarnDeviceSgels;
+    static constexpr auto gglse = tarnSgglse;
+    static constexpr auto deviceGglse = tarnDeviceSgglse;
+    static constexpr auto gesvd = tarnSgesvd;
+    static constexpr auto deviceGesvd = tarnDeviceSgesvd;
 };
 
 template <>
@@ -28,6 +36,14 @@ struct Api<tarn::Complex<float>>
     static constexpr auto deviceGetrf = tarnDeviceCgetrf;
     static constexpr auto gesv = tarnCgesv;
     static constexpr auto deviceGesv = tarnDeviceCgesv;
+    static constexpr auto geqrf = tarnCgeqrf;
+    static constexpr auto deviceGeqrf = tarnDeviceCgeqrf;
+    static constexpr auto gels = tarnCgels;
+    static constexpr auto deviceGels = tarnDeviceCgels;
+    static constexpr auto gglse = tarnCgglse;
+    static constexpr auto deviceGglse = tarnDeviceCgglse;
+    static constexpr auto gesvd = tarnCgesvd;
+    static constexpr auto deviceGesvd = tarnDeviceCgesvd;
 };
 
 /// An element address as the C interface names it.

@@ -3,6 +3,7 @@
 
 #include <tarndev/Complex>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstring>
@@ -126,8 +127,9 @@ double norm1(const Matrix<T>& a)
         double sum = 0;
         for (int i = 0; i < a.m; ++i)
             sum += std::abs(wide(a(i, j)));
-        if (!(sum <= largest)) // a NaN must show
-            largest = sum;
+        if (std::isnan(sum)) // must show
+            return sum;
+        largest = std::max(largest, sum);
     }
     return largest;
 }

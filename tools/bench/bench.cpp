@@ -55,7 +55,7 @@ std::vector<Routine> chooseRoutines(const std::vector<std::string>& names)
     for (const std::string& name : names) {
         const std::size_t before = chosen.size();
         for (const Routine& routine : routines())
-            if (name == "all" || name == routine.name)
+            if (name == "all" || name == routine.name || std::string(routine.name).rfind(name + "-", 0) == 0)
                 chosen.push_back(routine);
         if (chosen.size() == before)
             throw Failure(fmt::format("--routine {}: there is no such routine", name));
@@ -142,7 +142,19 @@ std::string help()
            "         norm2((C - Cref) w) / (sqrt(k + 2) |alpha| |A| |B| + 2 |beta| |C|)       sound up to 3\n"
            "  trsm   norm2((A X - B) w) / (sqrt(m + 2) |A| |X|)                               sound up to 3\n"
            "  getrf  norm2((P A - L U) w) / (max(m, n) |A|)                                   sound up to 30\n"
-           "  gesv   norm1(B - A X) / (n norm1(A) norm1(X))                                   sound up to 30\n"
+           "  gesv gels\n"
+           "         norm1(B - A X) / (n norm1(A) norm1(X))                                   sound up to 30\n"
+           "  geqrf  norm2((A - Q R) w) / (m |A|)                                             sound up to 30\n"
+           "  gglse  the larger of norm1(d - B x) / (n (norm1(B) norm1(x) + norm1(d))) and\n"
+           "         norm1(Z' A' (c - A x)) / (n norm1(A) (norm1(A) norm1(x) + norm1(c))), B Z = 0\n"
+           "                                                                                  sound up to 30\n"
+           "  gesvd-nn\n"
+           "         |norm2(s) - |A|| / (max(m, n) |A|)                                       sound up to 30\n"
+           "  gesvd-ss gesvd-aa gesvd-os\n"
+           "         the larger of norm2((A - U S V') w) / (max(m, n) |A|) and, for Q = U and Q = V,\n"
+           "         norm2((I - Q' Q) w) / max(m, n)^1.5                                      sound up to 30\n"
+           "(gesvd: one row a pair of jobs, all by the name gesvd; for aa n = size / 2)\n"
+           "(gglse: m equations and k constraints on n unknowns, m = size, n = size / 2, k = size / 4)\n"
            "where |.| is the Frobenius norm and w has random entries +1 and -1, so that norm2(E w)^2 has normF(E)^2 "
            "as\n"
            "its mean.";
@@ -165,7 +177,7 @@ Command addBench(CLI::App& tarn)
     app->add_option("--size", options->sizes, "N or N:N2:STEP, or several with commas between")
         ->delimiter(',')
         ->capture_default_str();
-    app->add_option("--nrhs", options->nrhs, "Right-hand sides of gesv")
+    app->add_option("--nrhs", options->nrhs, "Right-hand sides of gesv and gels")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
     app->add_option("--repeat", options->repeats, "Timed calls; 0: about a second's worth a row, at least 3")
@@ -174,9 +186,10 @@ Command addBench(CLI::App& tarn)
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
     app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
     app->add_flag("--list", options->list, "Measure nothing: print each routine's name, types and reference");
-    app->add_flag("--kernels", options->kernels,
-                  "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
-                  "other options --size and --repeat count")
+    app->add_flag(
+           "--kernels", options->kernels,
+           "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
+           "other options --size and --repeat count")
         ->excludes(json);
     app->footer(bench::help());
     return {app, [options, app] {

@@ -15,6 +15,7 @@ using tool::epsilon;
 using tool::isComplex;
 using tool::letter;
 using tool::Matrix;
+using tool::ratio;
 using tool::Real;
 using tool::select;
 using tool::Wide;
@@ -136,9 +137,6 @@ T scalar(double re, double im)
     else
         return (void)im, T(re);
 }
-
-/// error / bound, and 0 where there is no error at all.
-inline double ratio(double error, double bound) { return error == 0 ? 0 : error / bound; }
 
 /**
  * normF(X - Xref) / ((sqrt(k + 2) terms + 2 addend) eps): the error of X := (sums of k products) + beta C, where terms

@@ -57,4 +57,19 @@ void getrf(int m, int n, T* a, int lda);
 template <class T>
 void gesv(int n, int nrhs, T* a, int lda, T* b, int ldb);
 
+template <class T>
+void geqrf(int m, int n, T* a, int lda, T* tau);
+
+/// Least squares with A of full rank, m >= n.
+template <class T>
+void gels(int m, int n, int nrhs, T* a, int lda, T* b, int ldb);
+
+/// cuSOLVER has no such routine: there it is the null space method, of its QR factorisations.
+template <class T>
+void gglse(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T* d, T* x);
+
+/// m >= n.
+template <class T>
+void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, tool::Real<T>* s, T* u, int ldu, T* vt, int ldvt);
+
 } // namespace tarn::bench::reference

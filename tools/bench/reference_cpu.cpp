@@ -99,6 +99,50 @@ void gesv(int n, int nrhs, T* a, int lda, T* b, int ldb)
     checkInfo(info);
 }
 
+template <class T>
+void geqrf(int m, int n, T* a, int lda, T* tau)
+{
+    int info = 0;
+    withWorkspace<T>([&](T* work, const int* lwork) {
+        select<T>(sgeqrf_, nullptr, cgeqrf_, nullptr)(&m, &n, a, &lda, tau, work, lwork, &info);
+    });
+    checkInfo(info);
+}
+
+template <class T>
+void gels(int m, int n, int nrhs, T* a, int lda, T* b, int ldb)
+{
+    int info = 0;
+    withWorkspace<T>([&](T* work, const int* lwork) {
+        select<T>(sgels_, nullptr, cgels_, nullptr)("N", &m, &n, &nrhs, a, &lda, b, &ldb, work, lwork, &info, 1);
+    });
+    checkInfo(info);
+}
+
+template <class T>
+void gglse(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T* d, T* x)
+{
+    int info = 0;
+    withWorkspace<T>([&](T* work, const int* lwork) {
+        select<T>(sgglse_, nullptr, cgglse_, nullptr)(&m, &n, &p, a, &lda, b, &ldb, c, d, x, work, lwork, &info);
+    });
+    checkInfo(info);
+}
+
+template <class T>
+void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, Real<T>* s, T* u, int ldu, T* vt, int ldvt)
+{
+    int info = 0;
+    std::vector<float> rotations(isComplex<T> ? 5 * std::size_t(n) : 0);
+    withWorkspace<T>([&](T* work, const int* lwork) {
+        if constexpr (isComplex<T>)
+            cgesvd_(&jobu, &jobvt, &m, &n, a, &lda, s, u, &ldu, vt, &ldvt, work, lwork, rotations.data(), &info, 1, 1);
+        else
+            sgesvd_(&jobu, &jobvt, &m, &n, a, &lda, s, u, &ldu, vt, &ldvt, work, lwork, &info, 1, 1);
+    });
+    checkInfo(info);
+}
+
 } // namespace tarn::bench::reference
 
 #include "reference_instances.h"

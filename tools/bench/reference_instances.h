@@ -22,7 +22,11 @@ namespace tarn::bench::reference {
 
 #define TARN_INSTANTIATE_LAPACK(T)                                                                                     \
     template void getrf(int, int, T*, int);                                                                            \
-    template void gesv(int, int, T*, int, T*, int);
+    template void gesv(int, int, T*, int, T*, int);                                                                    \
+    template void geqrf(int, int, T*, int, T*);                                                                        \
+    template void gels(int, int, int, T*, int, T*, int);                                                               \
+    template void gglse(int, int, int, T*, int, T*, int, T*, T*, T*);                                                  \
+    template void gesvd(char, char, int, int, T*, int, tool::Real<T>*, T*, int, T*, int);
 
 TARN_INSTANTIATE_BLAS(float)
 TARN_INSTANTIATE_BLAS(double)

@@ -52,6 +52,10 @@ Routine symv();
 Routine hemv();
 Routine getrf();
 Routine gesv();
+Routine geqrf();
+Routine gels();
+Routine gglse();
+std::vector<Routine> gesvd(); ///< of several pairs of jobs
 
 /// All of them, in the order in which they are printed.
 std::vector<Routine> routines();

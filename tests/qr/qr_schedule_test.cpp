@@ -1,0 +1,204 @@
+// How the orthogonal factorisations go about it: the order of copies and products, what they allocate, and what a
+// failure on the way leaves behind.
+#include "qr/factors.h"
+#include "qr/forms.h"
+#include "tarn_core.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using namespace test;
+
+constexpr int nb = 96;
+
+class QrSchedule : public OnSoftwareDevice
+{
+protected:
+    /// Factorises a random matrix and returns the calls that it took.
+    std::vector<SoftdevCall> logOfGeqrf(int m, int n)
+    {
+        auto A = Matrix<float>::random(m, n, std::max(1, m));
+        std::vector<float> tau(std::min(m, n));
+        softdevLogStart();
+        EXPECT_EQ(tarnSgeqrf(m, n, A.data(), A.ld, tau.data()), tarnNoError);
+        return softdevLogTake();
+    }
+
+    const Initialized library;
+};
+
+/// The products, copies beside the default stream and waits for one in a log, a letter each.
+std::string steps(const std::vector<SoftdevCall>& log)
+{
+    std::string letters;
+    for (const SoftdevCall& call : log)
+        letters += call.name == "cublasSgemm_v2"                                        ? "p"
+                   : call.name == "cudaMemcpyAsync" || call.name == "cudaMemcpy2DAsync" ? "c"
+                   : call.name == "cudaStreamSynchronize"                               ? "w"
+                                                                                        : "";
+    return letters;
+}
+
+TEST_F(QrSchedule, TheNextPanelLeavesBeforeTheRestIsUpdated)
+{
+    // Rounds from columns 1, 97, 193 and 289. Each: wait for the panel, T^H V^H, two products for the next panel, its
+    // copy, and two for the rest, which the last round has not got. The last look-ahead is not used.
+    EXPECT_EQ(steps(logOfGeqrf(500, 400)), "cwpppcppwpppcppwpppcppwpppcw");
+    EXPECT_EQ(steps(logOfGeqrf(nb + 1, 3 * nb)), "cwpppcppw");
+    EXPECT_EQ(steps(logOfGeqrf(5 * nb, nb)), "") << "one panel is the CPU's alone";
+    EXPECT_EQ(countCalls(logOfGeqrf(0, 5), "cudaMalloc"), 0);
+}
+
+TEST_F(QrSchedule, ReflectorsOfOnePanelAreTheCpusAlone)
+{
+    const auto logOfGels = [](int m, int n) {
+        auto A = Matrix<float>::random(m, n, m), B = Matrix<float>::random(std::max(m, n), 2, std::max(m, n));
+        softdevLogStart();
+        EXPECT_EQ(tarnSgels('N', m, n, 2, A.data(), A.ld, B.data(), B.ld), tarnNoError);
+        return softdevLogTake();
+    };
+    for (const auto& [m, n] : {std::pair{5 * nb, nb}, {nb, 5 * nb}}) {
+        const auto log = logOfGels(m, n);
+        EXPECT_EQ(countCalls(log, "cublasSgemm_v2") + countCalls(log, "cublasStrmm_v2"), 0);
+        EXPECT_EQ(countCalls(log, "cublasStrsm_v2"), 1);
+    }
+    // A block reflector takes three triangular products: one in the LQ factorisation, two in the product with its Q.
+    EXPECT_EQ(countCalls(logOfGels(nb + 1, 300), "cublasStrmm_v2"), 3 + 6);
+}
+
+TEST_F(QrSchedule, HeldBackCopiesDoNotChangeTheResult)
+{
+    // With every copy made as late as the rules allow, a missing wait or a buffer used too early shows.
+    for (const auto& [m, n] : {std::pair{500, 400}, {200, 900}}) {
+        const auto A = Matrix<float>::random(m, n, m);
+        auto early = A, late = A;
+        std::vector<float> earlyTau(std::min(m, n)), lateTau = earlyTau;
+        ASSERT_EQ(tarnSgeqrf(m, n, early.data(), m, earlyTau.data()), tarnNoError);
+        softdevSetHold(true);
+        softdevSetPoison(true);
+        EXPECT_EQ(tarnSgeqrf(m, n, late.data(), m, lateTau.data()), tarnNoError);
+        softdevSetHold(softdevChecked());
+        softdevSetPoison(false);
+        EXPECT_LT(factorRatio(qr, A, late, lateTau), 30);
+        EXPECT_TRUE(identical(early, late));
+        EXPECT_EQ(earlyTau, lateTau);
+    }
+}
+
+TEST_F(QrSchedule, WorkspaceComesFromThePool)
+{
+    const int m = 1000, n = 300;
+    logOfGeqrf(m, n);
+    const SoftdevLive before = softdevLive();
+    softdevResetPeak();
+    logOfGeqrf(m, n);
+    // 1000 rows take 1056, tau 384.
+    EXPECT_EQ(softdevLive().peakBytes, before.bytes + sizeof(float) * (1056u * n + 384u));
+    EXPECT_EQ(softdevLive().bytes, before.bytes);
+    EXPECT_EQ(softdevLive().hostAllocations, before.hostAllocations);
+    EXPECT_EQ(softdevLive().streams, before.streams);
+}
+
+/// Arrays of a call, each with a copy that shows what became of it.
+struct Problem
+{
+    std::vector<Matrix<float>> arrays;
+    std::function<tarnStatus(std::vector<Matrix<float>>&)> solve;
+};
+
+Problem leastSquares()
+{
+    return {{Matrix<float>::random(230, 200, 232), Matrix<float>::random(230, 3, 231)},
+            [](auto& x) { return tarnSgels('N', 230, 200, 3, x[0].data(), x[0].ld, x[1].data(), x[1].ld); }};
+}
+
+Problem minimumNorm()
+{
+    return {{Matrix<float>::random(100, 150, 101), Matrix<float>::random(150, 2, 151)},
+            [](auto& x) { return tarnSgels('N', 100, 150, 2, x[0].data(), x[0].ld, x[1].data(), x[1].ld); }};
+}
+
+Problem constrained()
+{
+    return {{Matrix<float>::random(220, 210, 221), Matrix<float>::random(99, 210, 99),
+             Matrix<float>::random(220, 1, 220), Matrix<float>::random(99, 1, 99), Matrix<float>(210, 1)},
+            [](auto& x) {
+                return tarnSgglse(220, 210, 99, x[0].data(), x[0].ld, x[1].data(), x[1].ld, x[2].data(), x[3].data(),
+                                  x[4].data());
+            }};
+}
+
+bool identicalAll(const std::vector<Matrix<float>>& a, const std::vector<Matrix<float>>& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), [](const auto& x, const auto& y) { return identical(x, y); });
+}
+
+TEST_F(QrSchedule, EveryFailureLeavesTheCallersArraysAndNothingBehind)
+{
+    for (const Problem& problem : {leastSquares(), minimumNorm(), constrained()}) {
+        auto expected = problem.arrays;
+        ASSERT_EQ(problem.solve(expected), tarnNoError);
+        auto arrays = problem.arrays;
+        softdevLogStart();
+        ASSERT_EQ(problem.solve(arrays), tarnNoError);
+        const std::vector<SoftdevCall> log = softdevLogTake();
+        SoftdevLive before = softdevLive();
+        // After the last wait for the device the status is decided: what the copies back and the frees make of a
+        // failure is not reported.
+        const auto wait = std::find_if(log.rbegin(), log.rend(),
+                                       [](const auto& call) { return call.name == "cudaDeviceSynchronize"; });
+        const int decided = int(log.rend() - wait);
+        int failed = 0;
+        for (int nth = 1; nth <= int(log.size()); ++nth) {
+            const std::string& name = log[nth - 1].name;
+            SCOPED_TRACE(testing::Message() << name << ", call " << nth);
+            const bool ofBlas = name.rfind("cublas", 0) == 0, allocates = name.rfind("cudaMalloc", 0) == 0;
+            arrays = problem.arrays;
+            softdevFailCall(nullptr, nth, ofBlas ? 13 : allocates ? 2 : 719);
+            const tarnStatus status = problem.solve(arrays);
+            softdevClearFailures();
+            EXPECT_EQ(status, tarnGetLastStatus());
+            if (status != tarnNoError) {
+                ++failed;
+                EXPECT_TRUE(identicalAll(arrays, problem.arrays));
+                EXPECT_EQ(status, ofBlas ? tarnBlasError : allocates ? tarnInsufficientMemory : tarnRuntimeError);
+                EXPECT_EQ(tarnGetErrorInfo(), ofBlas ? 13 : allocates ? 0 : 719);
+            } else if (nth <= decided) {
+                EXPECT_TRUE(identicalAll(arrays, expected)) << "no failure was reported";
+            }
+            if (name.rfind("cudaFree", 0) == 0 || name == "cudaStreamDestroy")
+                before = softdevLive();
+            EXPECT_EQ(softdevLive().allocations, before.allocations);
+            EXPECT_EQ(softdevLive().hostAllocations, before.hostAllocations);
+            EXPECT_EQ(softdevLive().streams, before.streams);
+        }
+        EXPECT_GT(failed, int(log.size()) / 2);
+        arrays = problem.arrays;
+        ASSERT_EQ(problem.solve(arrays), tarnNoError) << "the next call must work";
+        EXPECT_TRUE(identicalAll(arrays, expected));
+    }
+}
+
+TEST_F(QrSchedule, APoolThatCannotGrowIsReported)
+{
+    const int m = 30000, n = nb + 1; // a product of nb by m elements is more than any block that the pool begins with
+    const auto A = Matrix<float>::random(m, n, m);
+    logOfGeqrf(200, 200);
+    const SoftdevLive before = softdevLive();
+    auto a = A;
+    std::vector<float> tau(n, -7);
+    softdevFailCall("cudaMalloc", 3, 2, true); // after the mirrors of a and tau
+    EXPECT_EQ(tarnSgeqrf(m, n, a.data(), m, tau.data()), tarnInsufficientMemory);
+    softdevClearFailures();
+    EXPECT_TRUE(identical(a, A));
+    EXPECT_EQ(std::count(tau.begin(), tau.end(), -7), n);
+    EXPECT_LE(softdevLive().bytes, before.bytes);
+    EXPECT_EQ(softdevLive().hostAllocations, before.hostAllocations);
+    ASSERT_EQ(tarnSgeqrf(m, n, a.data(), m, tau.data()), tarnNoError);
+    EXPECT_LT(factorRatio(qr, A, a, tau), 30);
+}
+
+} // namespace

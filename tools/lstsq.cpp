@@ -1,0 +1,238 @@
+#include "commands.h"
+#include "least_squares.h"
+#include "single_precision.h"
+#include "timing.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <optional>
+
+namespace tarn::tool {
+
+namespace {
+
+struct Options
+{
+    std::string matrix, rhs, constraints, constraintRhs, out;
+    bool complex = false, json = false;
+
+    bool constrained() const { return !constraints.empty(); }
+};
+
+/// A X = B in the sense of least squares, and the constraints, which a file each gives; no file, no matrix.
+struct Files
+{
+    AnyMatrix matrix;
+    std::optional<AnyMatrix> rhs, constraints, constraintRhs;
+
+    bool anyComplex() const
+    {
+        const auto isComplexFile = [](const std::optional<AnyMatrix>& file) { return file && holdsComplex(*file); };
+        return holdsComplex(matrix) || isComplexFile(rhs) || isComplexFile(constraints) || isComplexFile(constraintRhs);
+    }
+};
+
+struct Solution
+{
+    int m = 0, n = 0, nrhs = 0, p = 0;
+    double seconds = 0, gflops = 0, residual = 0, constraintResidual = 0, backwardError = 0;
+};
+
+Files readFiles(const Options& options)
+{
+    const auto read = [](const std::string& path) {
+        return path.empty() ? std::nullopt : std::optional(readMatrixMarket(path));
+    };
+    return {readMatrixMarket(options.matrix), read(options.rhs), read(options.constraints),
+            read(options.constraintRhs)};
+}
+
+const char* plural(int count) { return count == 1 ? "" : "s"; }
+
+void checkShapes(const Options& options, const Files& files)
+{
+    const auto [m, n] = shapeOf(files.matrix);
+    if (files.rhs && shapeOf(*files.rhs).first != m)
+        throw Failure(fmt::format("{}: the right-hand side has {} rows, but the matrix has {}", options.rhs,
+                                  shapeOf(*files.rhs).first, m));
+    if (!options.constrained())
+        return;
+    const auto [p, columns] = shapeOf(*files.constraints);
+    const auto [values, sets] = shapeOf(*files.constraintRhs);
+    if (columns != n)
+        throw Failure(
+            fmt::format("{}: the constraints have {} columns, but the matrix has {}", options.constraints, columns, n));
+    if (values != p || sets != 1)
+        throw Failure(fmt::format("{}: the matrix is {} x {}, but {} constraint{} take{} {} x 1", options.constraintRhs,
+                                  values, sets, p, plural(p), p == 1 ? "s" : "", p));
+    if (files.rhs && shapeOf(*files.rhs).second != 1)
+        throw Failure(fmt::format("{}: with constraints there is one right-hand side, not {}", options.rhs,
+                                  shapeOf(*files.rhs).second));
+    if (p > n)
+        throw Failure(
+            fmt::format("{}: {} constraints on {} unknown{} are too many", options.constraints, p, n, plural(n)));
+    if (m + p < n)
+        throw Failure(fmt::format("{}: {} equation{} and {} constraint{} do not determine {} unknowns", options.matrix,
+                                  m, plural(m), p, plural(p), n));
+}
+
+/// The first rows of b.
+template <class T>
+Matrix<T> top(const Matrix<T>& b, int rows)
+{
+    Matrix<T> x(rows, b.cols);
+    for (int j = 0; j < b.cols; ++j)
+        std::copy_n(b.column(j), rows, x.column(j));
+    return x;
+}
+
+template <class T>
+Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<T>& b, Solution& result)
+{
+    Matrix<T> factors = a, x(std::max(a.rows, a.cols), b.cols);
+    for (int j = 0; j < b.cols; ++j)
+        std::copy_n(b.column(j), a.rows, x.column(j));
+    tarnStatus status = tarnNoError;
+    result.seconds = secondsOf([&] {
+        status = call(select<T>(tarnSgels, nullptr, tarnCgels, nullptr), 'N', a.rows, a.cols, b.cols,
+                      factors.values.data(), a.ld(), x.values.data(), x.ld());
+    });
+    if (const tarnInfo i = tarnGetErrorInfo(); status == tarnDataError && i > 0)
+        throw Failure(fmt::format("{}: the matrix has not full rank: {}({}, {}) of its {} factorisation is zero",
+                                  options.matrix, a.rows < a.cols ? 'L' : 'R', i, i, a.rows < a.cols ? "LQ" : "QR"));
+    check(status, isComplex<T> ? "tarnCgels" : "tarnSgels");
+    x = top(x, a.cols);
+    result.gflops = gelsFlops(a.rows, a.cols, b.cols);
+    result.backwardError = leastSquaresBackwardError(a, b, x);
+    return x;
+}
+
+template <class T>
+Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T>& a, const Matrix<T>& c,
+                      Solution& result)
+{
+    const Matrix<T> b = toSingle<T>(options.constraints, *files.constraints);
+    const Matrix<T> d = toSingle<T>(options.constraintRhs, *files.constraintRhs);
+    Matrix<T> factorsA = a, factorsB = b, values = c, limits = d, x(a.cols, 1);
+    tarnStatus status = tarnNoError;
+    result.seconds = secondsOf([&] {
+        status =
+            call(select<T>(tarnSgglse, nullptr, tarnCgglse, nullptr), a.rows, a.cols, b.rows, factorsA.values.data(),
+                 a.ld(), factorsB.values.data(), b.ld(), values.values.data(), limits.values.data(), x.values.data());
+    });
+    if (status == tarnDataError && tarnGetErrorInfo() == 1)
+        throw Failure(options.constraints + ": the constraints are linearly dependent");
+    if (status == tarnDataError && tarnGetErrorInfo() == 2)
+        throw Failure(options.matrix + ": the equations and the constraints do not determine the unknowns");
+    check(status, isComplex<T> ? "tarnCgglse" : "tarnSgglse");
+    result.p = b.rows;
+    result.gflops = gglseFlops(a.rows, a.cols, b.rows);
+    result.constraintResidual = normF(residual(b, d, x));
+    result.backwardError = constrainedBackwardError(a, c, b, d, x);
+    return x;
+}
+
+template <class T>
+Solution solve(const Options& options, const Files& files)
+{
+    const Matrix<T> a = toSingle<T>(options.matrix, files.matrix);
+    const Matrix<T> b = files.rhs ? toSingle<T>(options.rhs, *files.rhs) : rowSums(a);
+    Solution result{a.rows, a.cols, b.cols};
+    const Library library;
+    const Matrix<T> x =
+        options.constrained() ? constrained(options, files, a, b, result) : leastSquares(options, a, b, result);
+    result.gflops *= (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
+    result.residual = normF(residual(a, b, x));
+    if (!std::isfinite(result.backwardError) || !std::isfinite(result.residual))
+        throw Failure(options.matrix + ": the solution does not fit single precision");
+    if (!options.out.empty())
+        writeMatrixMarket(options.out, x);
+    return result;
+}
+
+void printJson(const Options& options, char type, const Solution& s)
+{
+    nlohmann::ordered_json object = {{"matrix", options.matrix},
+                                     {"routine", options.constrained() ? "gglse" : "gels"},
+                                     {"type", std::string(1, type)},
+                                     {"m", s.m},
+                                     {"n", s.n},
+                                     {"nrhs", s.nrhs},
+                                     {"seconds", s.seconds},
+                                     {"gflops", s.gflops},
+                                     {"residual", s.residual},
+                                     {"backward_error", s.backwardError},
+                                     {"status", tarnGetStatusString(tarnNoError)}};
+    if (options.constrained()) {
+        object["p"] = s.p;
+        object["constraint_residual"] = s.constraintResidual;
+    }
+    fmt::print("{}\n", object.dump());
+}
+
+/// The definition of the backward error that is printed.
+const char* definition(const Options& options, const Solution& s)
+{
+    if (options.constrained())
+        return "the larger of norm1(B x - d) / (n (norm1(B) norm1(x) + norm1(d)) eps)\n"
+               "                and norm1(Z' A' (A x - c)) / (n norm1(A) (norm1(A) norm1(x) + norm1(c)) eps), B Z = 0,";
+    if (s.m > s.n)
+        return "norm1(A' (B - A X)) / (m norm1(A) norm1(B) eps),";
+    return s.m == s.n ? "norm1(B - A X) / (n norm1(A) norm1(X) eps),"
+                      : "the larger of norm1(B - A X) / (n norm1(A) norm1(X) eps)\n"
+                        "                and norm1(Z' X) / (n norm1(X) eps), A Z = 0,";
+}
+
+void printText(const Options& options, char type, const Solution& s)
+{
+    fmt::print("problem         {} x {}, {} right-hand side{}, {} single precision\n", s.m, s.n, s.nrhs, plural(s.nrhs),
+               type == 'c' ? "complex" : "real");
+    if (options.constrained())
+        fmt::print("                least squares with {} equality constraint{}\n", s.p, plural(s.p));
+    else
+        fmt::print("                {}\n", s.m >= s.n ? "least squares" : "solution of least norm");
+    fmt::print("time            {:.6f} s, {:.2f} GFLOP/s\n", s.seconds, s.gflops);
+    fmt::print("residual        {:.6g}   {}\n", s.residual,
+               options.constrained() ? "norm2(c - A x)" : "normF(B - A X)");
+    if (options.constrained())
+        fmt::print("constraints     {:.6g}   norm2(d - B x)\n", s.constraintResidual);
+    fmt::print("backward error  {:.3g}   {} eps = 2^-23\n", s.backwardError, definition(options, s));
+    fmt::print("status          {}\n", tarnGetStatusString(tarnNoError));
+    if (!options.out.empty())
+        fmt::print("solution        {}\n", options.out);
+}
+
+int runLstsq(const Options& options)
+{
+    const Files files = readFiles(options);
+    checkShapes(options, files);
+    const bool complex = options.complex || files.anyComplex();
+    const Solution solution = complex ? solve<std::complex<float>>(options, files) : solve<float>(options, files);
+    (options.json ? printJson : printText)(options, complex ? 'c' : 's', solution);
+    return 0;
+}
+
+} // namespace
+
+Command addLstsq(CLI::App& tarn)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* app = tarn.add_subcommand("lstsq", "Least squares or least norm for a matrix from a Matrix Market file");
+    app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
+    app->add_option("--rhs", options->rhs, "B; without it B is A times a vector of ones")->type_name("FILE");
+    CLI::Option* constraints =
+        app->add_option("--constraints", options->constraints, "B of constraints B x = d that x meets exactly")
+            ->type_name("FILE");
+    CLI::Option* constraintRhs =
+        app->add_option("--constraint-rhs", options->constraintRhs, "d of the constraints")->type_name("FILE");
+    constraints->needs(constraintRhs);
+    constraintRhs->needs(constraints);
+    app->add_option("--out", options->out, "Where X goes, in array format")->type_name("FILE");
+    app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
+    app->add_flag("--json", options->json, "Print one JSON object");
+    return {app, [options] { return runLstsq(*options); }};
+}
+
+} // namespace tarn::tool
