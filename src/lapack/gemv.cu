@@ -23,6 +23,14 @@ struct GemvShape<float>
     static constexpr int tile = 32, ty = 16, chunk = tile * ty;
 };
 
+/// The sums of a thread over the even and the odd one of its rows: apart, so that rows next to each other have their
+/// sums next to each other in the memory of a CPU.
+template <class T>
+struct RowPair
+{
+    T even, odd;
+};
+
 /// Shared memory and accumulators of a block. Row c of a tile is column c of A; the odd pitch keeps lanes that read
 /// down the columns of the array on separate banks.
 template <class T, int TILE, int TY>
@@ -30,14 +38,15 @@ struct GemvBlock
 {
     T (&x)[TILE * TY];
     T (&a)[TILE][TILE + 1];
-    Private<T, TILE * TY>& acc;
+    Private<RowPair<T>, TILE * TY>& acc;
 
     /// Where thread (tx, ty) keeps its accumulator.
     static __device__ __forceinline__ constexpr int index(int tx, int ty) { return tx * TY + ty; }
 };
 
 /// acc(tx, ty) += rows 2 ty and 2 ty + 1 of every tile of the chunk that starts at row i0, times x, for column tx. A
-/// bounded chunk takes rows from m on as zero; columns from n on always count as zero.
+/// bounded chunk ends with the tile that holds row m - 1, and takes rows from m on as zero; columns from n on always
+/// count as zero. Whole tiles are staged without tests.
 template <bool conj, bool bounded, class T, int TILE, int TY>
 __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, int m, int n, const T* A, int lda,
                                          const T* x, int incx)
@@ -48,22 +57,31 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
         const int i = TILE * ty + tx;
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
-    for (int k = 0; k < TY; ++k) {
+    const int rowsLeft = bounded ? m - i0 : TILE * TY;
+    for (int k = 0; k < TY && k * TILE < rowsLeft; ++k) {
         const int i1 = i0 + k * TILE, ahead = i1 + 2 * TILE;
         if (ahead + TILE <= m && j0 + TILE <= n)
             prefetchBlock<TILE, TILE>(A + offset(ahead, j0, lda), lda);
-        block.each([&](int tx, int ty) {
-            for (int q = 0; q < TILE / TY; ++q) {
-                const int c = ty + q * TY;
-                const bool inside = j0 + c < n && (!bounded || i1 + tx < m);
-                shared.a[c][tx] = inside ? conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]) : T(0);
-            }
-        });
+        if (i1 + TILE <= m && j0 + TILE <= n)
+            block.each([&](int tx, int ty) {
+                for (int q = 0; q < TILE / TY; ++q) {
+                    const int c = ty + q * TY;
+                    shared.a[c][tx] = conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]);
+                }
+            });
+        else
+            block.each([&](int tx, int ty) {
+                for (int q = 0; q < TILE / TY; ++q) {
+                    const int c = ty + q * TY;
+                    const bool inside = j0 + c < n && i1 + tx < m;
+                    shared.a[c][tx] = inside ? conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]) : T(0);
+                }
+            });
         block.sync();
         block.eachAlongY([&](int tx, int ty) {
-            T& acc = shared.acc[shared.index(tx, ty)];
-            addProduct(acc, shared.a[tx][2 * ty], shared.x[k * TILE + 2 * ty]);
-            addProduct(acc, shared.a[tx][2 * ty + 1], shared.x[k * TILE + 2 * ty + 1]);
+            RowPair<T>& acc = shared.acc[shared.index(tx, ty)];
+            addProduct(acc.even, shared.a[tx][2 * ty], shared.x[k * TILE + 2 * ty]);
+            addProduct(acc.odd, shared.a[tx][2 * ty + 1], shared.x[k * TILE + 2 * ty + 1]);
         });
         block.sync();
     }
@@ -81,16 +99,19 @@ __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda
     __shared__ T x_smem[TILE * TY];
     __shared__ T A_smem[TILE][TILE + 1];
     const Block<TILE, TY> block;
-    Private<T, TILE * TY> acc;
+    Private<RowPair<T>, TILE * TY> acc;
     const GemvBlock<T, TILE, TY> shared{x_smem, A_smem, acc};
 
-    block.eachAlongY([&](int tx, int ty) { acc[shared.index(tx, ty)] = T(0); });
+    block.eachAlongY([&](int tx, int ty) { acc[shared.index(tx, ty)] = {T(0), T(0)}; });
     for (int i = 0; i < mAligned; i += TILE * TY)
         addChunk<conj, false>(shared, i, m, n, A, lda, x, incx);
     if (mAligned < m)
         addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
 
-    block.eachAlongY([&](int tx, int ty) { A_smem[tx][ty] = acc[shared.index(tx, ty)]; });
+    block.eachAlongY([&](int tx, int ty) {
+        RowPair<T>& sums = acc[shared.index(tx, ty)];
+        A_smem[tx][ty] = sums.even += sums.odd;
+    });
     block.sync();
     for (int s = TY / 2; s > 0; s /= 2) {
         block.eachAlongY([&](int tx, int ty) {

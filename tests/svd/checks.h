@@ -62,9 +62,13 @@ inline double decompositionRatio(const WideMatrix& A, const WideMatrix& U, const
     return norm == 0 ? error : error / (std::max(A.m, A.n) * norm * eps<float>);
 }
 
+/// Room behind a matrix for the CPU LAPACK: some kernels of OpenBLAS's zgemv load a little from beyond its end.
+inline void extendStorage(WideMatrix& A) { A.elements().resize(A.elements().size() + 64); }
+
 /// Singular values by the CPU LAPACK in double precision.
 inline std::vector<double> singularValues(WideMatrix A)
 {
+    extendStorage(A);
     const int k = std::min(A.m, A.n), one = 1, lwork = 5 * (A.m + A.n);
     std::vector<double> s(k), rwork(7 * k);
     std::vector<WideComplex> work(lwork);

@@ -22,11 +22,13 @@ WideMatrix factor(char vect, const Matrix<T>& A, const std::vector<T>& tau)
     const int k = std::min(A.m, A.n), rows = vect == 'Q' ? A.m : k, cols = vect == 'Q' ? k : A.n;
     const int order = vect == 'Q' ? A.n : A.m, lwork = 64 * std::max(A.m, A.n);
     WideMatrix Q = corner(widened(A), rows, cols);
+    extendStorage(Q);
     std::vector<WideComplex> scalars, work(lwork);
     for (const T& t : tau)
         scalars.emplace_back(wide(t).real(), wide(t).imag());
     int info = 0;
     zungbr_(&vect, &rows, &cols, &order, Q.data(), &Q.ld, scalars.data(), work.data(), &lwork, &info, 1);
+    Q.elements().resize(std::size_t(rows) * cols);
     return Q;
 }
 

@@ -69,8 +69,8 @@ private:
 };
 
 /// Elements of a matrix that a CPU BLAS still multiplies on the calling thread. For the products of a panel its other
-/// threads are not worth waking, and on the software device the cores are busy with the large product: measured at
-/// order 2000 on two cores, waiting for them made the whole reduction take twice to four times as long.
+/// threads are not worth waking, and on the software device the cores are busy with the large product: at orders 1000
+/// and 2000 on two cores, waiting for them more than doubled the time of the whole reduction.
 constexpr int forOneThread = 4000;
 
 /// y := alpha op(M) x + beta y, M long and narrow, in pieces along its long side. An empty sum counts as 0, while gemv

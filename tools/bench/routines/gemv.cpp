@@ -5,7 +5,7 @@ namespace tarn::bench {
 
 namespace {
 
-/// y := alpha A x + beta y, A n by n.
+/// y := alpha A^T x + beta y, A n by n: the product that the library has a kernel for.
 struct Gemv
 {
     static Dimensions dimensions(int size, int) { return {size, size, 0, 0}; }
@@ -19,15 +19,15 @@ struct Gemv
         p.operands = {randomMatrix<T>(d.m, d.n, 1), randomMatrix<T>(d.n, 1, 2), randomMatrix<T>(d.m, 1, 3)};
         p.overwritten = {2};
         p.host = [=](const Arrays<T>& x) {
-            return call(select<T>(tarnSgemv, tarnDgemv, tarnCgemv, tarnZgemv), 'N', d.m, d.n, alpha, x[0], d.m, x[1], 1,
+            return call(select<T>(tarnSgemv, tarnDgemv, tarnCgemv, tarnZgemv), 'T', d.m, d.n, alpha, x[0], d.m, x[1], 1,
                         beta, x[2], 1);
         };
         p.device = [=](const Arrays<T>& x) {
-            return call(select<T>(tarnDeviceSgemv, tarnDeviceDgemv, tarnDeviceCgemv, tarnDeviceZgemv), 'N', d.m, d.n,
+            return call(select<T>(tarnDeviceSgemv, tarnDeviceDgemv, tarnDeviceCgemv, tarnDeviceZgemv), 'T', d.m, d.n,
                         alpha, x[0], d.m, x[1], 1, beta, x[2], 1);
         };
         p.reference = [=](const Arrays<T>& x) {
-            reference::gemv<T>('N', d.m, d.n, alpha, x[0], d.m, x[1], 1, beta, x[2], 1);
+            reference::gemv<T>('T', d.m, d.n, alpha, x[0], d.m, x[1], 1, beta, x[2], 1);
         };
         p.error = [=](const Problem<T>& before, const Outcome<T>& after) {
             return error(before.operands, alpha, beta, after.operand[2]);
@@ -39,7 +39,7 @@ struct Gemv
     template <class T>
     static double error(const std::vector<Matrix<T>>& x, T alpha, T beta, const Matrix<T>& result)
     {
-        Matrix<Wide<T>> expected = product('N', x[0], tool::convert<Wide<T>>(x[1]), Wide<T>(alpha));
+        Matrix<Wide<T>> expected = product('T', x[0], tool::convert<Wide<T>>(x[1]), Wide<T>(alpha));
         const Wide<T> factor(beta);
         for (int i = 0; i < expected.rows; ++i)
             expected(i, 0) += factor * Wide<T>(x[2](i, 0));
