@@ -5,7 +5,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 GPU_ARCH ?= 90
-MEASURE = scripts/gpu-check bench --programs build/release --repeat 0 --limit 3600
+MEASURE = scripts/gpu-check bench --programs build/release --limit 3600
 
 setup:
 	@scripts/install-dependencies
@@ -33,8 +33,9 @@ bench: build
 	@build/release/bin/tarn bench --routine all --type s --size 512,1024,2048,4096
 
 performance: build
-	@$(MEASURE) --fresh --type sc --size 512,1024,2048
-	@$(MEASURE) --type s --size 4096 --routine gemm,trsm,getrf,gesv
+	@$(MEASURE) --fresh --repeat 0 --type sc --size 512,1024,2048
+	@$(MEASURE) --type s --repeat 0 --size 4096 --routine gemm,trsm,getrf,gesv,geqrf,gels
+	@$(MEASURE) --type s --size 2000 --routine gesvd-nn,gesvd-ss --repeat 1
 	@scripts/performance
 
 cuda: setup

@@ -97,11 +97,11 @@ void run(const Routine& routine, char type, int size, const Options& options, Ta
     table.add(row);
 }
 
-/// A line per routine for scripts: name, types, reference.
+/// A line per routine for scripts: name, types, largest size for a survey, reference.
 void list()
 {
     for (const Routine& routine : routines())
-        fmt::print("{} {} {}\n", routine.name, routine.types, routine.reference);
+        fmt::print("{} {} {} {}\n", routine.name, routine.types, routine.largest, routine.reference);
 }
 
 int runBench(const Options& options)
@@ -185,7 +185,8 @@ Command addBench(CLI::App& tarn)
         ->capture_default_str();
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
     app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
-    app->add_flag("--list", options->list, "Measure nothing: print each routine's name, types and reference");
+    app->add_flag("--list", options->list,
+                  "Measure nothing: print each routine's name, types, largest size for a survey, and reference");
     app->add_flag(
            "--kernels", options->kernels,
            "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "

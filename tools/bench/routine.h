@@ -17,6 +17,7 @@ struct Routine
     Dimensions (*dimensions)(int size, int nrhs);
     double (*flops)(const Dimensions&); ///< for real elements; complex ones take four times as many
     Timing (*time)(char type, const Dimensions&, int repeats);
+    int largest = 1 << 20; ///< sizes above it take too long for a survey of all routines
 };
 
 /**
