@@ -33,11 +33,11 @@ std::set<int>& threadRegistry()
 
 int threadId() { return int(syscall(SYS_gettid)); }
 
+/// The query alone can fail, not the error state: without a driver that is never clear, but the version is known, 0.
 int queryVersion(cudaError_t (*query)(int*))
 {
     int version = 0;
-    velk::CudaErrorGuard guard;
-    guard.check(query(&version));
+    velk::throwOnCudaError(query(&version));
     return version;
 }
 

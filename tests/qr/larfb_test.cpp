@@ -1,7 +1,7 @@
 // larfb: every form of the block reflector against the product with its matrix.
 #include "frame/device_table.h"
 #include "lapack/qr/qr.h"
-#include "qr/forms.h"
+#include "support/forms.h"
 #include "support/residuals.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // gels and gglse: backward errors in both forms, what stands below the solution, rank deficiency, empty problems.
 #include "qr/factors.h"
-#include "qr/forms.h"
+#include "support/forms.h"
 #include "tarn_core.h"
 
 #include <gtest/gtest.h>

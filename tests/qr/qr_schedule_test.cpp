@@ -1,7 +1,7 @@
 // How the orthogonal factorisations go about it: the order of copies and products, what they allocate, and what a
 // failure on the way leaves behind.
 #include "qr/factors.h"
-#include "qr/forms.h"
+#include "support/forms.h"
 #include "tarn_core.h"
 
 #include <gtest/gtest.h>

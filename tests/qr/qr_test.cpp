@@ -1,6 +1,6 @@
 // geqrf: backward errors around every edge of the algorithm, in both forms, and the checks of all arguments.
 #include "qr/factors.h"
-#include "qr/forms.h"
+#include "support/forms.h"
 #include "tarn_core.h"
 
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include "frame/exceptions.h"
 #include "lapack/qr/qr.h"
 #include "qr/factors.h"
-#include "qr/forms.h"
+#include "support/forms.h"
 
 #include <gtest/gtest.h>
 

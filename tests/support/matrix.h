@@ -51,7 +51,8 @@ class Matrix
 public:
     Matrix(int rows, int cols, int leading) : m(rows), n(cols), ld(leading), elements_(std::size_t(leading) * cols)
     {
-        std::memset(static_cast<void*>(elements_.data()), padding, elements_.size() * sizeof(T));
+        if (!elements_.empty())
+            std::memset(static_cast<void*>(elements_.data()), padding, elements_.size() * sizeof(T));
         each([](T& x) { x = T(0); });
     }
     Matrix(int rows, int cols) : Matrix(rows, cols, rows) {}
@@ -95,7 +96,8 @@ public:
     friend bool identical(const Matrix& a, const Matrix& b)
     {
         return a.elements_.size() == b.elements_.size() &&
-               std::memcmp(a.elements_.data(), b.elements_.data(), a.elements_.size() * sizeof(T)) == 0;
+               (a.elements_.empty() ||
+                std::memcmp(a.elements_.data(), b.elements_.data(), a.elements_.size() * sizeof(T)) == 0);
     }
 
     int m, n, ld;

@@ -1,9 +1,9 @@
 // gesvd: all pairs of jobs on shapes that take every path, in both forms; values and vectors of special matrices; what
 // is left alone.
 #include "lapack/svd/gesvd_path.h"
-#include "qr/forms.h"
 #include "support/api.h"
 #include "support/device.h"
+#include "support/forms.h"
 #include "svd/checks.h"
 #include "tarn_core.h"
 
