@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all demo bench performance cuda gpu-bundle format clean
+.PHONY: setup build test check-races check-all demo bench performance cuda gpu-bundle format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -17,11 +17,14 @@ build: setup
 test: build
 	@ctest --preset release -j 1
 
-# The tests, the kernels under the race check, and all tests again under the address and undefined-behaviour sanitizers.
-check-all: test
+# The kernels under the race check, and the faults that it must report.
+check-races: setup
 	@cmake --preset tsan $(CMAKE_FLAGS)
 	@cmake --build --preset tsan -j $(JOBS) --target kernels_test planted
 	@ctest --preset tsan -j 1 --tests-regex '^(kernels_test|race-check)'
+
+# The tests, the race check, and all tests again under the address and undefined-behaviour sanitizers.
+check-all: test check-races
 	@cmake --preset asan $(CMAKE_FLAGS)
 	@cmake --build --preset asan -j $(JOBS)
 	@ctest --preset asan -j 1

@@ -154,6 +154,8 @@ TEST_F(QrSchedule, EveryFailureLeavesTheCallersArraysAndNothingBehind)
         int failed = 0;
         for (int nth = 1; nth <= int(log.size()); ++nth) {
             const std::string& name = log[nth - 1].name;
+            if (name == "cudaFreeHost")
+                continue; // its memory would be lost for good
             SCOPED_TRACE(testing::Message() << name << ", call " << nth);
             const bool ofBlas = name.rfind("cublas", 0) == 0, allocates = name.rfind("cudaMalloc", 0) == 0;
             arrays = problem.arrays;
