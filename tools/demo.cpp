@@ -7,7 +7,7 @@
 #include "least_squares.h"
 #include "matrix_market.h"
 #include "panel_method.h"
-#include "spectrum.h"
+#include "singular_values.h"
 #include "timing.h"
 
 #include <fmt/format.h>
@@ -129,12 +129,7 @@ TimedSolution constrainedFit(const CurveFit& fit, const Routine& routine)
 }
 
 /// norm2(x - exact) / norm2(exact)
-double relativeError(Matrix<double> x, const Matrix<double>& exact)
-{
-    for (std::size_t i = 0; i < x.values.size(); ++i)
-        x.values[i] -= exact.values[i];
-    return normF(x) / normF(exact);
-}
+double relativeError(const Matrix<double>& x, const Matrix<double>& exact) { return distance(x, exact) / normF(exact); }
 
 /// norm1(A) norm1(A^-1)
 double condition1(const Matrix<double>& a)

@@ -71,6 +71,15 @@ double normF(const Matrix<T>& a)
     return std::sqrt(sum);
 }
 
+/// normF(X - Y)
+template <class T>
+double distance(Matrix<T> x, const Matrix<T>& y)
+{
+    for (std::size_t i = 0; i < x.values.size(); ++i)
+        x.values[i] -= y.values[i];
+    return normF(x);
+}
+
 namespace detail {
 
 template <class W>

@@ -1,7 +1,8 @@
 #include "commands.h"
 #include "failure.h"
+#include "least_squares.h"
 #include "single_precision.h"
-#include "spectrum.h"
+#include "singular_values.h"
 #include "timing.h"
 
 #include <fmt/format.h>
@@ -84,14 +85,6 @@ Matrix<T> approximation(const Decomposition<T>& d, int k)
     return b;
 }
 
-/// normF(A - B)
-template <class T>
-double distance(const Matrix<T>& a, Matrix<T> b)
-{
-    std::transform(a.values.begin(), a.values.end(), b.values.begin(), b.values.begin(), std::minus<T>());
-    return normF(b);
-}
-
 /// norm1(I - Q^H Q), with the columns of Q.
 template <class T>
 double orthogonalityOf(const Matrix<T>& q)
@@ -101,20 +94,6 @@ double orthogonalityOf(const Matrix<T>& q)
     for (int i = 0; i < gram.rows; ++i)
         gram(i, i) += 1;
     return norm1(gram);
-}
-
-/// V from V^H.
-template <class T>
-Matrix<T> adjointOf(const Matrix<T>& a)
-{
-    Matrix<T> b(a.cols, a.rows);
-    for (int j = 0; j < a.cols; ++j)
-        for (int i = 0; i < a.rows; ++i)
-            if constexpr (isComplex<T>)
-                b(j, i) = std::conj(a(i, j));
-            else
-                b(j, i) = a(i, j);
-    return b;
 }
 
 void writeText(const std::string& path, const std::string& text)
@@ -137,7 +116,7 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
         multiplyAdd(rest, Wide<T>(-1), 'N', scaled(d, int(d.spectrum.values.size())), convert<Wide<T>>(d.vt));
         quality.backwardError = norm == 0 ? normF(rest) : normF(rest) / (longer * norm * epsilon<T>);
         quality.orthogonality =
-            std::max(orthogonalityOf(d.u), orthogonalityOf(adjointOf(d.vt))) / (longer * epsilon<T>);
+            std::max(orthogonalityOf(d.u), orthogonalityOf(convert<T>(adjoint(d.vt)))) / (longer * epsilon<T>);
     }
     if (options.rank > 0) {
         const Matrix<T> nearest = approximation(d, options.rank);

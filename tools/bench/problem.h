@@ -100,15 +100,6 @@ Matrix<Wide<T>> product(char op, const Matrix<T>& a, const Matrix<Wide<T>>& x, W
     return y;
 }
 
-/// normF(X - Y)
-template <class W>
-double distance(Matrix<W> x, const Matrix<W>& y)
-{
-    for (std::size_t i = 0; i < x.values.size(); ++i)
-        x.values[i] -= y.values[i];
-    return normF(x);
-}
-
 /// The square matrix whose lower triangle is that of a; a Hermitian one has a real diagonal.
 template <class T>
 Matrix<T> mirrored(Matrix<T> a, bool hermitian)

@@ -1,4 +1,4 @@
-#include "spectrum.h"
+#include "singular_values.h"
 
 #include <fmt/format.h>
 
