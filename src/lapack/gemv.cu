@@ -1,5 +1,5 @@
-// The transposed matrix-vector product: a dot product of a whole column of A per element of y. Tiles of A go through
-// shared memory, so that A is read along its columns while every thread sums over rows of its own.
+// The transposed matrix-vector product: a dot product of a whole column of A per element of y. On a GPU tiles of A go
+// through shared memory, so that A is read along its columns while every thread sums over rows of its own.
 #include "blas/checks.h"
 #include "blas/cublas.h"
 #include "lapack/kernels.h"
@@ -44,45 +44,60 @@ struct GemvBlock
     static __device__ __forceinline__ constexpr int index(int tx, int ty) { return tx * TY + ty; }
 };
 
-/// acc(tx, ty) += rows 2 ty and 2 ty + 1 of every tile of the chunk that starts at row i0, times x, for column tx. A
-/// bounded chunk ends with the tile that holds row m - 1, and takes rows from m on as zero; columns from n on always
-/// count as zero. Whole tiles are staged without tests.
+/// The tile at `tile`, or its conjugate, to shared memory. A bounded tile has rows and columns inside the matrix,
+/// others are taken as zero.
+template <bool conj, bool bounded, class T, int TILE, int TY>
+__device__ __forceinline__ void stage(GemvBlock<T, TILE, TY> shared, const T* tile, int lda, int rows, int columns)
+{
+    const Block<TILE, TY> block;
+    block.each([&](int tx, int ty) {
+        for (int q = 0; q < TILE / TY; ++q) {
+            const int c = ty + q * TY;
+            if (!bounded || c < columns)
+                shared.a[c][tx] = !bounded || tx < rows ? conjugateIf<conj>(tile[offset(tx, c, lda)]) : T(0);
+            else
+                shared.a[c][tx] = T(0);
+        }
+    });
+}
+
+/// acc(tx, ty) += rows 2 ty and 2 ty + 1 of column tx of the tile, or of its conjugate, times x.
+template <bool conj, class T, int TILE, int TY>
+__device__ __forceinline__ void addTile(GemvBlock<T, TILE, TY> shared, const T* tile, int pitch, const T* x)
+{
+    const Block<TILE, TY> block;
+    block.eachAlongY([&](int tx, int ty) {
+        RowPair<T>& acc = shared.acc[shared.index(tx, ty)];
+        addProduct(acc.even, conjugateIf<conj>(tile[offset(2 * ty, tx, pitch)]), x[2 * ty]);
+        addProduct(acc.odd, conjugateIf<conj>(tile[offset(2 * ty + 1, tx, pitch)]), x[2 * ty + 1]);
+    });
+}
+
+/// Adds the products of the chunk that starts at row i0, tile by tile. A bounded chunk ends with the tile that holds
+/// row m - 1.
 template <bool conj, bool bounded, class T, int TILE, int TY>
 __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, int m, int n, const T* A, int lda,
                                          const T* x, int incx)
 {
     const Block<TILE, TY> block;
-    const int j0 = TILE * int(blockIdx.x);
     block.each([&](int tx, int ty) {
         const int i = TILE * ty + tx;
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
-    const int rowsLeft = bounded ? m - i0 : TILE * TY;
-    for (int k = 0; k < TY && k * TILE < rowsLeft; ++k) {
-        const int i1 = i0 + k * TILE, ahead = i1 + 2 * TILE;
-        if (ahead + TILE <= m && j0 + TILE <= n)
-            prefetchBlock<TILE, TILE>(A + offset(ahead, j0, lda), lda);
-        if (i1 + TILE <= m && j0 + TILE <= n)
-            block.each([&](int tx, int ty) {
-                for (int q = 0; q < TILE / TY; ++q) {
-                    const int c = ty + q * TY;
-                    shared.a[c][tx] = conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]);
-                }
-            });
-        else
-            block.each([&](int tx, int ty) {
-                for (int q = 0; q < TILE / TY; ++q) {
-                    const int c = ty + q * TY;
-                    const bool inside = j0 + c < n && i1 + tx < m;
-                    shared.a[c][tx] = inside ? conjugateIf<conj>(A[offset(i1 + tx, j0 + c, lda)]) : T(0);
-                }
-            });
+    const int j0 = TILE * int(blockIdx.x), columns = n - j0;
+    for (int k = 0; k < TY && (!bounded || i0 + k * TILE < m); ++k) {
+        const int i1 = i0 + k * TILE, rows = m - i1;
+        const T *const tile = A + offset(i1, j0, lda), *const xOfTile = shared.x + k * TILE;
+        const bool whole = rows >= TILE && columns >= TILE, inPlace = readsInPlace && whole;
+        if (!inPlace && whole)
+            stage<conj, false>(shared, tile, lda, rows, columns);
+        else if (!inPlace)
+            stage<conj, true>(shared, tile, lda, rows, columns);
         block.sync();
-        block.eachAlongY([&](int tx, int ty) {
-            RowPair<T>& acc = shared.acc[shared.index(tx, ty)];
-            addProduct(acc.even, shared.a[tx][2 * ty], shared.x[k * TILE + 2 * ty]);
-            addProduct(acc.odd, shared.a[tx][2 * ty + 1], shared.x[k * TILE + 2 * ty + 1]);
-        });
+        if (inPlace)
+            addTile<conj>(shared, tile, lda, xOfTile);
+        else
+            addTile<false>(shared, &shared.a[0][0], TILE + 1, xOfTile);
         block.sync();
     }
 }

@@ -70,6 +70,10 @@ private:
     T value_;
 };
 
+/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns. Here such tiles
+/// go through shared memory.
+inline constexpr bool readsInPlace = false;
+
 /// A hint to a CPU that the memory at p will be read soon; a GPU hides the wait by other threads.
 __device__ __forceinline__ void prefetch(const void*) {}
 

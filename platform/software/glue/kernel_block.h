@@ -86,6 +86,10 @@ private:
     T values_[N];
 };
 
+/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns: the caches of a
+/// CPU do for them what shared memory does on a GPU. Under the race check tiles are staged as on a GPU.
+inline constexpr bool readsInPlace = !race::built;
+
 /// A hint that the memory at p will be read soon.
 inline __attribute__((always_inline)) void prefetch(const void* p)
 {

@@ -19,6 +19,9 @@ extern "C" void AnnotateBenignRaceSized(const char* file, int line, const volati
 
 namespace tarn::race {
 
+/// Whether this build can check.
+inline constexpr bool built = true;
+
 /// Whether launches are checked. Set before the first launch; a checked kernel takes some thousand times as long.
 inline bool enabled = false;
 
@@ -165,6 +168,8 @@ inline void sync()
 #else
 
 namespace tarn::race {
+
+inline constexpr bool built = false;
 
 template <class Run>
 void block(const Run& run)
