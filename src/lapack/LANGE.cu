@@ -71,15 +71,9 @@ __global__ void LANGE_OI_k(int m, int n, const T* A, int lda, R* partial)
 
 namespace {
 
-int blocksFor(int n, int threads)
-{
-    return n / threads + (n % threads > 0);
-}
+int blocksFor(int n, int threads) { return n / threads + (n % threads > 0); }
 
-dim3 tileGrid(int m, int n)
-{
-    return {unsigned(blocksFor(m, tile)), unsigned(blocksFor(n, tile))};
-}
+dim3 tileGrid(int m, int n) { return {unsigned(blocksFor(m, tile)), unsigned(blocksFor(n, tile))}; }
 
 /// Largest sum of the magnitudes of a line; lines of `length` elements.
 template <class Map, class T>

@@ -51,10 +51,7 @@ __global__ void LANHE_O_k(int n, const T* A, int lda, R* partial, bool upper)
     });
 }
 
-std::int64_t lanheWorkspace(int n)
-{
-    return langeWorkspace('O', n, n);
-}
+std::int64_t lanheWorkspace(int n) { return langeWorkspace('O', n, n); }
 
 template <class T>
 void LANHE(char uplo, int n, const T* A, int lda, Real<T>* work, Real<T>* result)

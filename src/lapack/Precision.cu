@@ -9,10 +9,7 @@ namespace tarn::kernel {
 namespace {
 
 /// True for infinities and NaNs.
-__device__ __forceinline__ bool isBeyondRange(float x)
-{
-    return !(fabsf(x) < INFINITY);
-}
+__device__ __forceinline__ bool isBeyondRange(float x) { return !(fabsf(x) < INFINITY); }
 
 __device__ __forceinline__ bool isBeyondRange(Complex<float> x)
 {

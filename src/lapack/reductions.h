@@ -125,21 +125,9 @@ __device__ __forceinline__ R squaredMagnitude(Complex<R> x)
 }
 
 /// |x|; for complex x without care for overflow.
-__device__ __forceinline__ float magnitude(float x)
-{
-    return fabsf(x);
-}
-__device__ __forceinline__ double magnitude(double x)
-{
-    return fabs(x);
-}
-__device__ __forceinline__ float magnitude(Complex<float> x)
-{
-    return sqrtf(squaredMagnitude(x));
-}
-__device__ __forceinline__ double magnitude(Complex<double> x)
-{
-    return sqrt(squaredMagnitude(x));
-}
+__device__ __forceinline__ float magnitude(float x) { return fabsf(x); }
+__device__ __forceinline__ double magnitude(double x) { return fabs(x); }
+__device__ __forceinline__ float magnitude(Complex<float> x) { return sqrtf(squaredMagnitude(x)); }
+__device__ __forceinline__ double magnitude(Complex<double> x) { return sqrt(squaredMagnitude(x)); }
 
 } // namespace tarn::kernel

@@ -32,14 +32,8 @@ inline int infoOf(const std::function<void()>& call)
     return 1;
 }
 
-inline float conjugate(float x)
-{
-    return x;
-}
-inline double conjugate(double x)
-{
-    return x;
-}
+inline float conjugate(float x) { return x; }
+inline double conjugate(double x) { return x; }
 template <class R>
 tarn::Complex<R> conjugate(tarn::Complex<R> x)
 {

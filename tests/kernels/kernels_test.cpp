@@ -264,10 +264,7 @@ TEST_F(Launches, ADeviceOfFewBlocksGetsAFoldedGrid)
     EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidConfiguration);
 }
 
-std::vector<unsigned> extents(velk::Shape shape)
-{
-    return {shape.x, shape.y, shape.z};
-}
+std::vector<unsigned> extents(velk::Shape shape) { return {shape.x, shape.y, shape.z}; }
 
 using Extents = std::vector<unsigned>;
 

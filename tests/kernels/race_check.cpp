@@ -1,7 +1,7 @@
 // Under the thread sanitizer these tests check the kernels for races between the threads of a block as well.
 #ifdef __SANITIZE_THREAD__
 
-#include <lapack/cu/basic>
+#    include <lapack/cu/basic>
 
 namespace {
 

@@ -48,9 +48,9 @@ public:
     /// Waits until the work with this ticket is done. Returns the failure of an execution up to it, once.
     cudaError_t wait(Ticket ticket);
 
-    /// Waits until the work with this ticket is done and, unless work is held back, until nothing else is under way: the
-    /// caller is about to compute on the cores that the device computes on. A CPU BLAS shares one set of threads between
-    /// callers, who spin until they get them; taking turns is faster than that.
+    /// Waits until the work with this ticket is done and, unless work is held back, until nothing else is under way:
+    /// the caller is about to compute on the cores that the device computes on. A CPU BLAS shares one set of threads
+    /// between callers, who spin until they get them; taking turns is faster than that.
     cudaError_t settle(Ticket ticket);
 
     /// Waits for everything issued so far.
