@@ -13,7 +13,10 @@ namespace {
 
 constexpr int blockOrder = 32;  ///< order of the diagonal block that one block of threads owns
 constexpr int tilePitch = 17;   ///< of tiles of 16 by 16: lanes along either index fall on separate banks
-constexpr int stripePitch = 33; ///< of stripes of 8 columns by 32 rows
+constexpr int stripes = 4;      ///< of a panel tile of 32 by 32
+constexpr int stripeWidth = 8;  ///< columns of a stripe
+constexpr int stripePitch = 33; ///< of stripes in shared memory
+constexpr int parts = 4;        ///< elements of a stripe that a thread multiplies, by columns and by rows
 using Line = Block<blockOrder>;
 using Threads = Block<2 * blockOrder>;
 
@@ -125,51 +128,69 @@ __device__ __forceinline__ void loadX(T* to, int i0, int n, const T* x, int incx
     });
 }
 
-/// The two products with a panel tile M, 32 by 32, that starts at (i0, j0) of A: u = M xCol and v = M^H xRow, for
-/// thread t below 32 in u(t) and v(t). Four stripes of eight columns; a thread sums every second column for one row of
-/// u, and every eighth row for one column of v. next: the tile that follows, or null.
+/// Eight columns of a panel tile to shared memory. A bounded tile has rows and columns inside the matrix, others are
+/// taken as zero.
 template <bool bounded, class T>
-__device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, int i0, int j0, int n, const T* A, int lda,
-                                              const T* next, Private<T, blockOrder>& u, Private<T, blockOrder>& v)
+__device__ __forceinline__ void stageStripe(SymvBlock<T> shared, const T* stripe, int lda, int rows, int columns)
 {
-    constexpr int stripes = 4, width = 8,
-                  parts = 4; // a thread's share of a stripe: parts elements for u, as many for v
     const Threads block;
+    block.each<blockOrder>([&](int tx, int ty) {
+        for (int e = 0, c = ty; e < parts; ++e, c += 2)
+            shared.a[c * stripePitch + tx] = !bounded || (tx < rows && c < columns) ? stripe[offset(tx, c, lda)] : T(0);
+    });
+}
+
+/// p += a stripe times its part of xCol, q = its conjugate transpose times xRow: a thread takes every second column for
+/// one row of p, and every eighth row for one column of q.
+template <class T>
+__device__ __forceinline__ void multiplyStripe(SymvBlock<T> shared, const T* stripe, int pitch, const T* xCol,
+                                               Private<T, Threads::threads>& p, Private<T, Threads::threads>& q)
+{
+    const Threads block;
+    block.each<blockOrder>([&](int tx, int ty) {
+        for (int e = 0, c = ty; e < parts; ++e, c += 2)
+            addProduct(p[blockOrder * ty + tx], stripe[offset(tx, c, pitch)], xCol[c]);
+    });
+    block.eachAlongY<stripeWidth>([&](int tx, int ty) {
+        T sum(0);
+        for (int e = 0, r = ty; e < parts; ++e, r += stripeWidth)
+            addProduct(sum, conjugate(stripe[offset(r, tx, pitch)]), shared.xRow[r]);
+        q[stripeWidth * tx + ty] = sum;
+    });
+}
+
+/// The two products with a panel tile M, 32 by 32, of which rows and columns are inside the matrix: u = M xCol and
+/// v = M^H xRow, for thread t below 32 in u(t) and v(t), in four stripes.
+template <bool bounded, class T>
+__device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, const T* M, int lda, int rows, int columns,
+                                              Private<T, blockOrder>& u, Private<T, blockOrder>& v)
+{
+    const Threads block;
+    const bool inPlace = readsInPlace && (!bounded || (rows >= blockOrder && columns >= blockOrder));
     T* const a = shared.a;
     Private<T, Threads::threads> p, q[stripes];
 
     block.each<blockOrder>([&](int tx, int ty) { p[blockOrder * ty + tx] = T(0); });
-    for (int s = 0; s < stripes; ++s) {
-        if (next)
-            prefetchBlock<blockOrder, width>(next + offset(0, width * s, lda), lda);
-        block.each<blockOrder>([&](int tx, int ty) {
-            for (int e = 0, c = ty; e < parts; ++e, c += 2) {
-                const int i = i0 + tx, j = j0 + width * s + c;
-                a[c * stripePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
-            }
-        });
+    for (int s = 0, j = 0; s < stripes; ++s, j += stripeWidth) {
+        const T *const stripe = M + offset(0, j, lda), *const xCol = shared.xCol + j;
+        if (!inPlace)
+            stageStripe<bounded>(shared, stripe, lda, rows, columns - j);
         block.sync();
-        block.each<blockOrder>([&](int tx, int ty) {
-            for (int e = 0, c = ty; e < parts; ++e, c += 2)
-                addProduct(p[blockOrder * ty + tx], a[c * stripePitch + tx], shared.xCol[width * s + c]);
-        });
-        block.eachAlongY<width>([&](int tx, int ty) {
-            T sum(0);
-            for (int e = 0, r = ty; e < parts; ++e, r += width)
-                addProduct(sum, conjugate(a[tx * stripePitch + r]), shared.xRow[r]);
-            q[s][width * tx + ty] = sum;
-        });
+        if (inPlace)
+            multiplyStripe(shared, stripe, lda, xCol, p, q[s]);
+        else
+            multiplyStripe(shared, a, stripePitch, xCol, p, q[s]);
         block.sync();
     }
-    block.each<width>([&](int tx, int ty) {
+    block.each<stripeWidth>([&](int tx, int ty) {
         for (int s = 0; s < stripes; ++s)
-            a[ty * stripePitch + width * s + tx] = q[s][width * tx + ty];
+            a[ty * stripePitch + stripeWidth * s + tx] = q[s][stripeWidth * tx + ty];
     });
     block.sync();
     block.each<blockOrder>([&](int tx, int ty) {
         if (ty == 0) {
             v[tx] = a[tx];
-            for (int w = 1; w < width; ++w)
+            for (int w = 1; w < stripeWidth; ++w)
                 v[tx] += a[w * stripePitch + tx];
         }
     });
@@ -194,17 +215,17 @@ struct PartialSums
     int incy;
     T* row;
 
-    __device__ __forceinline__ void add(int i, T value) const
+    /// Row i0 + t += values(t) for t below count, which is at most 32.
+    __device__ __forceinline__ void add(int i0, int count, Private<T, blockOrder>& values) const
     {
-        if constexpr (sumType == 1) {
-            row[i] += value;
-        } else if constexpr (isComplex<T>) {
-            auto* const parts = reinterpret_cast<Real<T>*>(y + std::int64_t(i) * incy);
-            atomicAdd(parts, value.real());
-            atomicAdd(parts + 1, value.imag());
-        } else {
-            atomicAdd(y + std::int64_t(i) * incy, value);
-        }
+        const Threads block;
+        if constexpr (sumType == 0)
+            addAtomically(block, y + std::int64_t(i0) * incy, incy, count, values);
+        else
+            block.each<blockOrder>([&](int tx, int ty) {
+                if (ty == 0 && tx < count)
+                    row[i0 + tx] += values[tx];
+            });
     }
 };
 
@@ -235,10 +256,11 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
     __shared__ T aa[16 * tilePitch], xx_n[NB], xx_t[NB];
     const Threads block;
     Private<T, Threads::threads> acc;
-    Private<T, NB> u, v;
+    Private<T, NB> u, v, partial;
     const SymvBlock<T> shared{aa, xx_n, xx_t, acc};
     const PartialSums<sumType, T> sums{y, incy, work + std::int64_t(blockIdx.x) * n};
     const int i0 = NB * int(blockIdx.x);
+    const auto rowsFrom = [n](int i) { return bounded && n - i < NB ? n - i : NB; };
 
     block.each<NB>([&](int tx, int ty) { acc[NB * ty + tx] = T(0); });
     loadX<bounded>(xx_n, i0, n, x, incx);
@@ -251,21 +273,24 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
     for (int r0 = i0 + NB; r0 < n; r0 += NB) {
         loadX<bounded>(lower ? xx_t : xx_n, r0, n, x, incx);
         block.sync();
-        const int r1 = r0 + NB;
-        const T* const next = r1 + NB <= n ? A + (lower ? offset(r1, i0, lda) : offset(i0, r1, lda)) : nullptr;
-        multiplyPanel<bounded>(shared, lower ? r0 : i0, lower ? i0 : r0, n, A, lda, next, u, v);
+        const int i = lower ? r0 : i0, j = lower ? i0 : r0;
+        const T* const tile = A + offset(i, j, lda);
+        if (r0 + 2 * NB <= n)
+            prefetchBlock<NB, NB>(tile + (lower ? offset(NB, 0, lda) : offset(0, NB, lda)), lda);
+        multiplyPanel<bounded>(shared, tile, lda, n - i, n - j, u, v);
         block.each<NB>([&](int tx, int ty) {
             if (ty == 0) {
                 acc[tx] += lower ? v[tx] : u[tx];
-                if (!bounded || r0 + tx < n)
-                    sums.add(r0 + tx, product(alpha, lower ? u[tx] : v[tx]));
+                partial[tx] = product(alpha, lower ? u[tx] : v[tx]);
             }
         });
+        sums.add(r0, rowsFrom(r0), partial);
     }
     block.each<NB>([&](int tx, int ty) {
-        if (ty == 0 && (!bounded || i0 + tx < n))
-            sums.add(i0 + tx, product(alpha, acc[tx]));
+        if (ty == 0)
+            partial[tx] = product(alpha, acc[tx]);
     });
+    sums.add(i0, rowsFrom(i0), partial);
 }
 
 /// y += the rows of the workspace, in ascending order; one row per block of the grid, which is that of symv_k.
@@ -336,9 +361,11 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
     TARN_SYMV_VARIANT(T, 0, 0, 0)                                                                                      \
     TARN_SYMV_VARIANT(T, 0, 0, 1)                                                                                      \
     TARN_SYMV_VARIANT(T, 0, 1, 0)                                                                                      \
-    TARN_SYMV_VARIANT(T, 0, 1, 1) TARN_SYMV_VARIANT(T, 1, 0, 0) TARN_SYMV_VARIANT(T, 1, 0, 1)                          \
-        TARN_SYMV_VARIANT(T, 1, 1, 0) TARN_SYMV_VARIANT(T, 1, 1, 1) template void                                      \
-        symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
+    TARN_SYMV_VARIANT(T, 0, 1, 1)                                                                                      \
+    TARN_SYMV_VARIANT(T, 1, 0, 0)                                                                                      \
+    TARN_SYMV_VARIANT(T, 1, 0, 1)                                                                                      \
+    TARN_SYMV_VARIANT(T, 1, 1, 0) TARN_SYMV_VARIANT(T, 1, 1, 1) template void symv(char, int, T, const T*, int,        \
+                                                                                   const T*, int, T, T*, int, T*);
 
 TARN_SYMV(float)
 TARN_SYMV(double)

@@ -70,9 +70,16 @@ private:
     T value_;
 };
 
-/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns. Here such tiles
-/// go through shared memory.
+/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns. Here such
+/// tiles go through shared memory.
 inline constexpr bool readsInPlace = false;
+
+/// False: threads add for themselves.
+template <class R, class T, int N>
+__device__ __forceinline__ constexpr bool atomicAddRun(T*, int, const Private<T, N>&)
+{
+    return false;
+}
 
 /// A hint to a CPU that the memory at p will be read soon; a GPU hides the wait by other threads.
 __device__ __forceinline__ void prefetch(const void*) {}

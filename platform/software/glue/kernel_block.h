@@ -3,6 +3,8 @@
 
 #include "race_check.h"
 
+#include <cuda_runtime.h>
+
 /// Before a loop: unrolls it on a GPU. On a CPU the loop over threads inside it is the long one.
 #define TARN_UNROLL(n)
 
@@ -35,10 +37,7 @@ struct Block
                 race::thread(X * ty + tx, [&] { phase(tx, ty); });
     }
 
-    void sync() const
-    {
-        race::sync();
-    }
+    void sync() const { race::sync(); }
 };
 
 template <int X>
@@ -69,10 +68,7 @@ struct Block<X, 1>
         Block<W, X / W>().eachAlongY(phase);
     }
 
-    void sync() const
-    {
-        race::sync();
-    }
+    void sync() const { race::sync(); }
 };
 
 /// A register of each of the N threads of a block that lives from one phase to the next.
@@ -82,18 +78,30 @@ struct Private
     /// The register of thread t, which must be the thread that asks.
     T& operator[](int t) { return values_[t]; }
 
+    /// The registers of all threads, for code that does the work of all.
+    const T* data() const { return values_; }
+
 private:
     T values_[N];
 };
 
-/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns: the caches of a
-/// CPU do for them what shared memory does on a GPU. Under the race check tiles are staged as on a GPU.
+/// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns: the caches of
+/// a CPU do for them what shared memory does on a GPU. Under the race check tiles are staged as on a GPU.
 inline constexpr bool readsInPlace = !race::built;
 
-/// A hint that the memory at p will be read soon.
-inline __attribute__((always_inline)) void prefetch(const void* p)
+/// Adds what the threads hold in `values` to the parts, of type R, of the `count` elements of type T from y on, each
+/// part atomically. True: done. Under the race check threads add for themselves.
+template <class R, class T, int N>
+bool atomicAddRun(T* y, int count, const Private<T, N>& values)
 {
-    __builtin_prefetch(p);
+    if (race::built)
+        return false;
+    softAtomicAddRun(reinterpret_cast<R*>(y), reinterpret_cast<const R*>(values.data()),
+                     count * int(sizeof(T) / sizeof(R)));
+    return true;
 }
+
+/// A hint that the memory at p will be read soon.
+inline __attribute__((always_inline)) void prefetch(const void* p) { __builtin_prefetch(p); }
 
 } // namespace tarn
