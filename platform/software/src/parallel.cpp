@@ -46,6 +46,31 @@ void forSlices(std::size_t bytes, const Slice& slice)
     });
 }
 
+/// The rows of a rectangle of Width bytes each: with one element each it is a row of a matrix.
+template <std::size_t Width>
+void copyNarrowRows(char* dst, std::size_t dstPitch, const char* src, std::size_t srcPitch, std::size_t height)
+{
+    for (std::size_t row = 0; row != height; ++row)
+        std::memcpy(dst + row * dstPitch, src + row * srcPitch, Width);
+}
+
+/// The rows of a rectangle, one after the other.
+void copyRowsInTurn(char* dst, std::size_t dstPitch, const char* src, std::size_t srcPitch, std::size_t width,
+                    std::size_t height)
+{
+    switch (width) {
+    case 4:
+        return copyNarrowRows<4>(dst, dstPitch, src, srcPitch, height);
+    case 8:
+        return copyNarrowRows<8>(dst, dstPitch, src, srcPitch, height);
+    case 16:
+        return copyNarrowRows<16>(dst, dstPitch, src, srcPitch, height);
+    default:
+        for (std::size_t row = 0; row != height; ++row)
+            std::memcpy(dst + row * dstPitch, src + row * srcPitch, width);
+    }
+}
+
 } // namespace
 
 void forRanges(std::int64_t count, std::int64_t grain,
@@ -74,15 +99,15 @@ void copyRows(char* dst, std::size_t dstPitch, const char* src, std::size_t srcP
         copyMemory(dst, src, width * height);
         return;
     }
-    const auto rows = [=](std::int64_t begin, std::int64_t end) {
-        for (auto row = static_cast<std::size_t>(begin); row != static_cast<std::size_t>(end); ++row)
-            std::memcpy(dst + row * dstPitch, src + row * srcPitch, width);
-    };
-    const auto count = static_cast<std::int64_t>(height);
-    if (width * height < parallelBytes)
-        rows(0, count);
-    else
-        forRanges(count, static_cast<std::int64_t>(sliceBytes / width + 1), rows);
+    if (width * height < parallelBytes) {
+        copyRowsInTurn(dst, dstPitch, src, srcPitch, width, height);
+        return;
+    }
+    const auto grain = static_cast<std::int64_t>(sliceBytes / width + 1);
+    forRanges(static_cast<std::int64_t>(height), grain, [=](std::int64_t begin, std::int64_t end) {
+        const auto first = static_cast<std::size_t>(begin), last = static_cast<std::size_t>(end);
+        copyRowsInTurn(dst + first * dstPitch, dstPitch, src + first * srcPitch, srcPitch, width, last - first);
+    });
 }
 
 void fillMemory(char* dst, int value, std::size_t bytes)
