@@ -102,6 +102,20 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
     }
 }
 
+/// Sums a(tx, 0) to a(tx, 2 half - 1) in a(tx, 0), as a tree.
+template <int half, class T, int TILE, int TY>
+__device__ __forceinline__ void addHalves(GemvBlock<T, TILE, TY> shared)
+{
+    const Block<TILE, TY> block;
+    block.eachAlongY([&](int tx, int ty) {
+        if (ty < half)
+            shared.a[tx][ty] += shared.a[tx][ty + half];
+    });
+    block.sync();
+    if constexpr (half > 1)
+        addHalves<half / 2>(shared);
+}
+
 } // namespace
 
 /// y := alpha A^T x + beta y, or A^H if conj; increments positive. One block per TILE columns of A: no column spans two
@@ -124,25 +138,19 @@ __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda
         addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
 
     block.eachAlongY([&](int tx, int ty) {
-        RowPair<T>& sums = acc[shared.index(tx, ty)];
-        A_smem[tx][ty] = sums.even += sums.odd;
+        const RowPair<T> rows = acc[shared.index(tx, ty)];
+        A_smem[tx][ty] = sum(rows.even, rows.odd);
     });
     block.sync();
-    for (int s = TY / 2; s > 0; s /= 2) {
-        block.eachAlongY([&](int tx, int ty) {
-            if (ty < s)
-                A_smem[tx][ty] += A_smem[tx][ty + s];
-        });
-        block.sync();
-    }
+    addHalves<TY / 2>(shared);
     const bool readY = beta != T(0);
     block.each([&](int tx, int ty) {
         const int j = TILE * int(blockIdx.x) + tx;
         if (ty == 0 && j < n) {
             T* const result = y + std::int64_t(j) * incy;
-            T sum = readY ? product(beta, *result) : T(0);
-            addProduct(sum, alpha, A_smem[tx][0]);
-            *result = sum;
+            T value = readY ? product(beta, *result) : T(0);
+            addProduct(value, alpha, A_smem[tx][0]);
+            *result = value;
         }
     });
 }

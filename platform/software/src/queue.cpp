@@ -12,7 +12,7 @@ using Clock = std::chrono::steady_clock;
 
 /// Work that is estimated to take less than this does not wake the device's thread: the switch would cost more than the
 /// overlap can win. It runs in front of longer work, or when somebody waits.
-constexpr std::int64_t worthWaking = 20'000; // ns
+constexpr std::int64_t worthWaking = 100'000; // ns
 
 /// How long a waiting thread polls before it sleeps. Kept short: the cores belong to the work that it waits for.
 constexpr auto pollTime = std::chrono::microseconds(8);
