@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "parallel.h"
+#include "memory_copy.h"
 
 namespace tarn::soft {
 

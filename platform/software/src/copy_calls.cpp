@@ -3,7 +3,7 @@
 #include "cuda_call.h"
 #include "handles.h"
 #include "host_memory.h"
-#include "parallel.h"
+#include "memory_copy.h"
 
 using namespace tarn::soft;
 
