@@ -231,3 +231,27 @@ TEST_F(OrderTest, AtomicsLoseNothing)
     EXPECT_EQ(sum2.download()[0], 10000);
     EXPECT_EQ(__longlong_as_double(static_cast<long long>(bits.download()[0])), 40000);
 }
+
+template <class R>
+void expectRunsAreAdded()
+{
+    const std::vector<R> values = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    constexpr int blocks = 3000;
+    for (const int first : {0, 1, 3})
+        for (const int count : {0, 1, 4, 9}) {
+            DeviceArray<R> sums(std::vector<R>(16, 0));
+            const auto body = [&values, to = view<R>(sums) + first, count] {
+                softAtomicAddRun(to, values.data(), count);
+            };
+            ASSERT_EQ(launch(blocks, body), cudaSuccess);
+            const std::vector<R> added = sums.download();
+            for (int k = 0; k < 16; ++k)
+                ASSERT_EQ(added[k], k < first || k >= first + count ? 0 : blocks * values[k - first]) << first << count;
+        }
+}
+
+TEST_F(OrderTest, RunsOfAtomicsLoseNothing)
+{
+    expectRunsAreAdded<float>();
+    expectRunsAreAdded<double>();
+}
