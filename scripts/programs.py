@@ -32,9 +32,12 @@ def from_ctest(build):
 
 
 def revision():
-    """The sources' commit, with -dirty after changes; empty where it is not known."""
-    git = subprocess.run(["git", "describe", "--always", "--dirty"], capture_output=True, text=True)
-    return git.stdout.strip() if git.returncode == 0 else ""
+    """The sources' commit, with -dirty after changes of other files than results; empty where it is not known."""
+    git = subprocess.run(["git", "describe", "--always"], capture_output=True, text=True)
+    if git.returncode != 0:
+        return ""
+    changes = ["git", "diff", "--quiet", "HEAD", "--", ":/", ":(top,exclude)bench/results", ":(top,exclude)docs"]
+    return git.stdout.strip() + ("-dirty" if subprocess.run(changes).returncode else "")
 
 
 class Programs:
