@@ -45,7 +45,8 @@ struct GemvBlock
 };
 
 /// The tile at `tile`, or its conjugate, to shared memory. A bounded tile has rows and columns inside the matrix,
-/// others are taken as zero.
+/// others are taken as zero. Rows and columns are tested apart: a CPU vectorises over rows, and masked loads from
+/// columns behind the matrix, whose pages need not be there, would trap into microcode.
 template <bool conj, bool bounded, class T, int TILE, int TY>
 __device__ __forceinline__ void stage(GemvBlock<T, TILE, TY> shared, const T* tile, int lda, int rows, int columns)
 {
