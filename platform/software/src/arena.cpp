@@ -1,45 +1,39 @@
 #include "arena.h"
 
 #include <cerrno>
-#include <fcntl.h>
-#include <linux/falloc.h>
 #include <sys/mman.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace tarn::soft {
 
-static char* map(int file, std::size_t bytes, int protection)
+static char* map(std::size_t bytes, int protection)
 {
-    void* address = mmap(nullptr, bytes, protection, MAP_SHARED | MAP_NORESERVE, file, 0);
+    void* address = mmap(nullptr, bytes, protection, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     return address == MAP_FAILED ? nullptr : static_cast<char*>(address);
 }
 
-Arena::Arena(std::size_t bytes) : bytes_(bytes), file_(memfd_create("tarn_softdev", MFD_CLOEXEC))
+Arena::Arena(std::size_t bytes)
+    : bytes_(bytes), outer_(map(bytes, PROT_NONE)), inner_(map(bytes, PROT_READ | PROT_WRITE))
 {
-    if (file_ >= 0 && ftruncate(file_, static_cast<off_t>(bytes)) == 0) {
-        outer_ = map(file_, bytes, PROT_NONE);
-        inner_ = map(file_, bytes, PROT_READ | PROT_WRITE);
-        if (outer_ && inner_) {
-            // Large operands spread over many pages; a kernel without huge pages for shared memory just says no.
-            madvise(inner_, bytes, MADV_HUGEPAGE);
-            madvise(inner_, bytes, MADV_DONTDUMP);
-            return;
-        }
-        if (outer_)
-            munmap(outer_, bytes);
+    if (!outer_ || !inner_) {
+        const int error = errno;
+        unmap();
+        throw std::system_error(error, std::generic_category(), "device memory");
     }
-    const int error = errno;
-    if (file_ >= 0)
-        close(file_);
-    throw std::system_error(error, std::generic_category(), "device memory");
+    // The columns of a large matrix lie on a page each, more of them than the processor remembers small pages. A kernel
+    // without huge pages just says no.
+    madvise(inner_, bytes, MADV_HUGEPAGE);
+    madvise(inner_, bytes, MADV_DONTDUMP);
 }
 
-Arena::~Arena()
+Arena::~Arena() { unmap(); }
+
+void Arena::unmap()
 {
-    munmap(outer_, bytes_);
-    munmap(inner_, bytes_);
-    close(file_);
+    for (char* view : {outer_, inner_})
+        if (view)
+            munmap(view, bytes_);
 }
 
 bool Arena::overlaps(const void* address, std::size_t bytes) const
@@ -58,8 +52,7 @@ void Arena::discard(std::size_t offset, std::size_t bytes) const
     const std::size_t first = (offset + page - 1) / page * page;
     const std::size_t last = (offset + bytes) / page * page;
     if (first < last)
-        fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(first),
-                  static_cast<off_t>(last - first));
+        madvise(inner_ + first, last - first, MADV_DONTNEED);
 }
 
 } // namespace tarn::soft

@@ -6,8 +6,9 @@
 
 namespace tarn::soft {
 
-/// One memory file mapped twice: the outer view, whose addresses the device hands out and which no host code can touch,
-/// and the inner view, which the device side reads and writes. An inner address is the outer one plus a constant.
+/// Two views of equal size: the outer one, whose addresses the device hands out and which nobody can touch, and the
+/// inner one, which holds the data that the device side reads and writes. An inner address is the outer one plus a
+/// constant.
 class Arena
 {
 public:
@@ -40,8 +41,9 @@ public:
     void discard(std::size_t offset, std::size_t bytes) const;
 
 private:
+    void unmap();
+
     std::size_t bytes_;
-    int file_;
     char* outer_;
     char* inner_;
 };
