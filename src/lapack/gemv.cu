@@ -139,7 +139,7 @@ __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda
         addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
 
     block.eachAlongY([&](int tx, int ty) {
-        const RowPair<T> rows = acc[shared.index(tx, ty)];
+        const RowPair<T>& rows = acc[shared.index(tx, ty)];
         A_smem[tx][ty] = sum(rows.even, rows.odd);
     });
     block.sync();

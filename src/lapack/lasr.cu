@@ -90,13 +90,13 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
                 if (0 <= ahead && ahead <= rotations)
                     prefetchBlock<N, 1>(A + offset(line0, ahead, lda), lda);
             }
+            const auto step = [&](int t) {
+                rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
+            };
             if (linesLeft >= N)
-                block.each([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]); });
+                block.each(step);
             else
-                block.each([&](int t) {
-                    if (t < linesLeft)
-                        rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
-                });
+                block.eachBelow(linesLeft, step);
             // Keeps the warps together, so that they share the cache lines of their columns.
             if constexpr (side == 'L' && WARP_SZ < N)
                 block.sync();

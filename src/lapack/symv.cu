@@ -364,8 +364,8 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
     TARN_SYMV_VARIANT(T, 0, 1, 1)                                                                                      \
     TARN_SYMV_VARIANT(T, 1, 0, 0)                                                                                      \
     TARN_SYMV_VARIANT(T, 1, 0, 1)                                                                                      \
-    TARN_SYMV_VARIANT(T, 1, 1, 0) TARN_SYMV_VARIANT(T, 1, 1, 1) template void symv(char, int, T, const T*, int,        \
-                                                                                   const T*, int, T, T*, int, T*);
+    TARN_SYMV_VARIANT(T, 1, 1, 0)                                                                                      \
+    TARN_SYMV_VARIANT(T, 1, 1, 1) template void symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
 
 TARN_SYMV(float)
 TARN_SYMV(double)

@@ -42,6 +42,14 @@ struct Block<X, 1>
         phase(int(threadIdx.x));
     }
 
+    /// phase(t) for the threads t below count.
+    template <class Phase>
+    __device__ __forceinline__ void eachBelow(int count, Phase&& phase) const
+    {
+        if (int(threadIdx.x) < count)
+            phase(int(threadIdx.x));
+    }
+
     /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
     template <int W, class Phase>
     __device__ __forceinline__ void each(Phase&& phase) const

@@ -54,6 +54,15 @@ struct Block<X, 1>
             race::thread(t, [&] { phase(t); });
     }
 
+    /// phase(t) for the threads t below count, which is at most X.
+    template <class Phase>
+    inline __attribute__((always_inline)) void eachBelow(int count, Phase&& phase) const
+    {
+#pragma GCC ivdep
+        for (int t = 0; t < count; ++t)
+            race::thread(t, [&] { phase(t); });
+    }
+
     /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
     template <int W, class Phase>
     inline __attribute__((always_inline)) void each(Phase&& phase) const
