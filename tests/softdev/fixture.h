@@ -23,6 +23,7 @@ protected:
         softdevClearFailures();
         softdevSetPoison(false);
         softdevSetHold(false);
+        softdevSetEager(false);
         cudaGetLastError();
         const SoftdevLive live = softdevLive();
         EXPECT_EQ(live.allocations, 0u);

@@ -1,5 +1,6 @@
 // main of all test programs. On the software device, --device=MAJOR.MINOR chooses the machine's one device, without
-// overlap of copies and kernels below capability 2.0.
+// overlap of copies and kernels below capability 2.0. It works eagerly, so that what host and device do at a time
+// overlaps on any machine.
 #include "support/device.h"
 
 #include "cpu_blas.h"
@@ -29,5 +30,6 @@ int main(int argc, char** argv)
             return 2;
         }
     }
+    softdevSetEager(true);
     return RUN_ALL_TESTS();
 }

@@ -27,6 +27,8 @@ void softdevSetVersions(int runtime, int driver, int cublas) noexcept
 
 void softdevSetHold(bool hold) noexcept { machine().setHold(hold); }
 
+void softdevSetEager(bool eager) noexcept { machine().setEager(eager); }
+
 void softdevSetPoison(bool poison) noexcept { setPoison(poison); }
 
 bool softdevChecked() noexcept { return checked; }

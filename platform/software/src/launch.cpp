@@ -20,7 +20,7 @@ constexpr std::int64_t blockCost = 2000;
 
 /// Blocks run one after the other for this long before the rest is spread over the cores: a small grid is done by then,
 /// and a large one has told how long its blocks take.
-constexpr std::int64_t trialTime = 10'000; // ns
+constexpr std::int64_t trialTime = 3'000; // ns
 
 struct Launch
 {

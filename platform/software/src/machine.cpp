@@ -27,10 +27,11 @@ Machine& machine() { return theMachine; }
 
 bool unloaded() { return machineIsGone.load(std::memory_order_relaxed); }
 
-Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex, bool hold)
+Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex, bool hold, bool eager)
     : record(deviceRecord), index(deviceIndex), memory(deviceRecord.memory)
 {
     queue.setHold(hold);
+    queue.setEager(eager);
 }
 
 cudaDeviceProp Device::properties() const
@@ -80,7 +81,7 @@ Device* Machine::device(int index)
         return ready;
     const std::lock_guard lock(mutex_);
     if (!slot.owned) {
-        slot.owned = std::make_unique<Device>(slot.record, index, hold_);
+        slot.owned = std::make_unique<Device>(slot.record, index, hold_, eager_);
         slot.device.store(slot.owned.get(), std::memory_order_release);
     }
     return slot.owned.get();
@@ -133,6 +134,13 @@ void Machine::setHold(bool hold)
     const std::lock_guard lock(mutex_);
     hold_ = hold;
     forDevices([=](Device& device) { device.queue.setHold(hold); });
+}
+
+void Machine::setEager(bool eager)
+{
+    const std::lock_guard lock(mutex_);
+    eager_ = eager;
+    forDevices([=](Device& device) { device.queue.setEager(eager); });
 }
 
 void Machine::setDevices(const std::vector<SoftdevDevice>& records)

@@ -19,7 +19,7 @@ constexpr std::size_t maxCopyPitch = 0x7fffffff;
 class Device
 {
 public:
-    Device(const SoftdevDevice& record, int index, bool hold);
+    Device(const SoftdevDevice& record, int index, bool hold, bool eager);
 
     const SoftdevDevice record;
     const int index;
@@ -71,6 +71,7 @@ public:
 
     void forgetExecutionErrors();
     void setHold(bool hold);
+    void setEager(bool eager);
 
     /// Replaces the devices. Nothing may be alive on them.
     void setDevices(const std::vector<SoftdevDevice>& records);
@@ -90,7 +91,7 @@ private:
 
     std::mutex mutex_;
     std::vector<std::unique_ptr<Slot>> slots_;
-    bool hold_;
+    bool hold_, eager_ = false;
     std::atomic<unsigned> generation_{1}; ///< counts the sets of devices; a thread's choice is good for one of them
 };
 

@@ -10,9 +10,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Work that is estimated to take less than this does not wake the device's thread: the switch would cost more than the
-/// overlap can win. It runs in front of longer work, or when somebody waits.
-constexpr std::int64_t worthWaking = 100'000; // ns
+/// Work that is estimated to take less than this, in ns, does not wake the device's thread: the switch would cost more
+/// than the overlap can win. It runs in front of longer work, or when somebody waits. On two cores no work wakes it:
+/// the device computes on both, and a host that computed beside it would be the third thread on them, whose parts of a
+/// product in the CPU BLAS keep both sides waiting.
+std::int64_t worthWaking()
+{
+    static const std::int64_t cost =
+        std::thread::hardware_concurrency() > 2 ? 100'000 : std::numeric_limits<std::int64_t>::max();
+    return cost;
+}
 
 /// How long a waiting thread polls before it sleeps. Kept short: the cores belong to the work that it waits for.
 constexpr auto pollTime = std::chrono::microseconds(8);
@@ -105,6 +112,13 @@ void Queue::setHold(bool hold)
     wakeIfWorthwhile();
 }
 
+void Queue::setEager(bool eager)
+{
+    const std::lock_guard lock(mutex_);
+    eager_ = eager;
+    wakeIfWorthwhile();
+}
+
 void Queue::forgetError()
 {
     const std::lock_guard lock(mutex_);
@@ -154,7 +168,7 @@ bool Queue::runnable() const
 
 void Queue::wakeIfWorthwhile()
 {
-    if (!executing_ && runnable() && (urgent_ || pendingCost_ >= worthWaking))
+    if (!executing_ && runnable() && (urgent_ || eager_ || pendingCost_ >= worthWaking()))
         wakeDeviceThread();
 }
 

@@ -63,6 +63,7 @@ public:
     void releaseLate();
 
     void setHold(bool hold);
+    void setEager(bool eager);
     void forgetError();
 
 private:
@@ -90,6 +91,7 @@ private:
     std::int64_t pendingCost_ = 0; ///< of the entries, ns
     bool executing_ = false;       ///< some thread has the role of executor
     bool hold_ = false;
+    bool eager_ = false;
     bool urgent_ = false; ///< the entries are to run soon, however small they are
 
     std::condition_variable done_;

@@ -37,6 +37,7 @@ inline SoftdevDevice softdevDefaultDevice() { return {}; }
 inline bool softdevSetDevices(const std::vector<SoftdevDevice>&) { return false; }
 inline void softdevSetVersions(int, int, int) {}
 inline void softdevSetHold(bool) {}
+inline void softdevSetEager(bool) {}
 inline void softdevSetPoison(bool) {}
 inline bool softdevChecked() { return false; }
 inline void softdevLogStart() {}
