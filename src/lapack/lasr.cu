@@ -20,6 +20,20 @@ inline constexpr int threadsFor = side == 'L' ? 128 : 64;
 /// How far ahead a CPU asks for the columns that rows run through: each lies on pages of its own.
 constexpr int columnsAhead = 12;
 
+/// A matrix of so many bytes stays in the caches of the cores between the sweeps, and a core's cache runs ahead into
+/// rows of its neighbour's. It had better take its own rows back before it gets to them.
+constexpr std::int64_t cachedBytes = 2 << 20;
+
+/// Hints that the rows of a block will be rotated in column j.
+template <int N, class T>
+__device__ __forceinline__ void prefetchRows(T* A, int lda, int line0, int j, bool cached)
+{
+    if (cached)
+        prefetchBlock<N, 1>(A + offset(line0, j, lda), lda);
+    else
+        prefetchBlock<N, 1>(static_cast<const T*>(A) + offset(line0, j, lda), lda);
+}
+
 /// Products rounded by themselves in single precision, never fused with the addition that follows: a rotation with c =
 /// 1 and s = 0 leaves the matrix as it is.
 __device__ __forceinline__ float mul(float a, float b) { return __fmul_rn(a, b); }
@@ -69,6 +83,7 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
     Private<T, N> carried;
     const int lines = side == 'L' ? n : m, rotations = (side == 'L' ? m : n) - 1;
     const int line0 = Map::firstItem(), linesLeft = lines - line0;
+    const bool cached = std::int64_t(lines) * rotations * int(sizeof(T)) <= cachedBytes;
 
     block.each([&](int t) {
         carried[t] = t < linesLeft ? elementOf<side>(A, lda, line0 + t, forward ? 0 : rotations) : T(0);
@@ -88,7 +103,7 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
             if constexpr (side == 'R') {
                 const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
                 if (0 <= ahead && ahead <= rotations)
-                    prefetchBlock<N, 1>(A + offset(line0, ahead, lda), lda);
+                    prefetchRows<N>(A, lda, line0, ahead, cached);
             }
             const auto step = [&](int t) {
                 rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);

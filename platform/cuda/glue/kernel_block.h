@@ -89,7 +89,8 @@ __device__ __forceinline__ constexpr bool atomicAddRun(T*, int, const Private<T,
     return false;
 }
 
-/// A hint to a CPU that the memory at p will be read soon; a GPU hides the wait by other threads.
+/// A hint to a CPU that the memory at p will be read soon, or read and written; a GPU hides the wait by other threads.
 __device__ __forceinline__ void prefetch(const void*) {}
+__device__ __forceinline__ void prefetch(void*) {}
 
 } // namespace tarn

@@ -113,4 +113,8 @@ bool atomicAddRun(T* y, int count, const Private<T, N>& values)
 /// A hint that the memory at p will be read soon.
 inline __attribute__((always_inline)) void prefetch(const void* p) { __builtin_prefetch(p); }
 
+/// A hint that the memory at p will be read and written soon: the core that will do it takes the cache line away from
+/// the others right then, instead of once more when it writes.
+inline __attribute__((always_inline)) void prefetch(void* p) { __builtin_prefetch(p, 1); }
+
 } // namespace tarn
