@@ -20,8 +20,9 @@ inline constexpr int threadsFor = side == 'L' ? 128 : 64;
 /// How far ahead a CPU asks for the columns that rows run through: each lies on pages of its own.
 constexpr int columnsAhead = 12;
 
-/// A matrix of so many bytes stays in the caches of the cores between the sweeps, and a core's cache runs ahead into
-/// rows of its neighbour's. It had better take its own rows back before it gets to them.
+/// Up to this size a matrix stays in the caches of the cores from one sequence of rotations to the next. The
+/// prefetching hardware of a core then runs on into the rows of another core and takes them from its cache. A core that
+/// asks early for lines to write has them back when it comes to them; in larger matrices that costs more than it saves.
 constexpr std::int64_t cachedBytes = 2 << 20;
 
 /// Hints that the rows of a block will be rotated in column j.

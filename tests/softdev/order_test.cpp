@@ -98,9 +98,8 @@ TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
 __attribute__((no_sanitize("thread"))) static int peek(const volatile int* address) { return *address; }
 
 // A kernel that waits for the host proves that the device works on its own and that no asynchronous call waits for it.
-TEST_F(OrderTest, WorkRunsBesideTheHost)
+static void expectWorkBesideTheHost(unsigned blocks)
 {
-    softdevSetEager(true);
     cudaStream_t stream;
     ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
     DeviceArray<int> device(std::vector<int>(1, 3));
@@ -112,9 +111,10 @@ TEST_F(OrderTest, WorkRunsBesideTheHost)
         while (!open)
             std::this_thread::yield();
     };
-    ASSERT_EQ(launch(64, gate), cudaSuccess);
-    while (!started)
-        std::this_thread::yield();
+    ASSERT_EQ(launch(blocks, gate), cudaSuccess);
+    for (int i = 0; i < 1000 && !started; ++i)
+        giveDeviceTime();
+    EXPECT_TRUE(started) << "work waits for the host";
     ASSERT_EQ(cudaMemcpyAsync(host, device, sizeof(int), cudaMemcpyDeviceToHost, stream), cudaSuccess);
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
     EXPECT_EQ(cudaStreamSynchronize(stream), cudaErrorInvalidResourceHandle);
@@ -123,6 +123,19 @@ TEST_F(OrderTest, WorkRunsBesideTheHost)
     for (int i = 0; i < 1000 && peek(host) == 0; ++i)
         giveDeviceTime();
     EXPECT_EQ(peek(host), 3) << "work of a destroyed stream was lost";
+}
+
+TEST_F(OrderTest, LongWorkRunsBesideTheHost)
+{
+    if (std::thread::hardware_concurrency() <= 2)
+        GTEST_SKIP() << "host and device take turns on so few cores";
+    expectWorkBesideTheHost(64);
+}
+
+TEST_F(OrderTest, EagerWorkRunsBesideTheHost)
+{
+    softdevSetEager(true);
+    expectWorkBesideTheHost(1);
 }
 
 // A copy too small to wake the device for runs all the same once its stream, and so the one way to wait for it, is

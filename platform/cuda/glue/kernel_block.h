@@ -42,7 +42,7 @@ struct Block<X, 1>
         phase(int(threadIdx.x));
     }
 
-    /// phase(t) for the threads t below count.
+    /// phase(t) for the threads t below count, which is at most X.
     template <class Phase>
     __device__ __forceinline__ void eachBelow(int count, Phase&& phase) const
     {

@@ -39,8 +39,8 @@ void softdevSetVersions(int runtime, int driver, int cublas) noexcept;
 /// a buffer and a missing synchronisation then show every time. On at first in checked builds, else off.
 void softdevSetHold(bool hold) noexcept;
 
-/// Eager mode: the device's own thread takes up whatever is queued, at once, as a GPU does, unless work is held back.
-/// Off at first: then it is woken where that saves time.
+/// Eager mode: the device's own thread takes up whatever is queued, at once, as a GPU does. Held work stays held, and
+/// late copies late. Off at first: then the thread is woken where that saves time, which on two cores is never.
 void softdevSetEager(bool eager) noexcept;
 
 /// Fills fresh device memory with NaN patterns. Always on in checked builds.

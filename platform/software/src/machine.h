@@ -91,7 +91,8 @@ private:
 
     std::mutex mutex_;
     std::vector<std::unique_ptr<Slot>> slots_;
-    bool hold_, eager_ = false;
+    bool hold_;
+    bool eager_ = false;
     std::atomic<unsigned> generation_{1}; ///< counts the sets of devices; a thread's choice is good for one of them
 };
 

@@ -11,9 +11,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// Work that is estimated to take less than this, in ns, does not wake the device's thread: the switch would cost more
-/// than the overlap can win. It runs in front of longer work, or when somebody waits. On two cores no work wakes it:
-/// the device computes on both, and a host that computed beside it would be the third thread on them, whose parts of a
-/// product in the CPU BLAS keep both sides waiting.
+/// than the overlap can win. It runs in front of longer work, or when somebody waits. On one or two cores no work wakes
+/// it: the device computes on both, and a host that computed beside it would be the third thread on them, whose parts
+/// of a product in the CPU BLAS keep both sides waiting.
 std::int64_t worthWaking()
 {
     static const std::int64_t cost =
