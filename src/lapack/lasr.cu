@@ -91,32 +91,34 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
     });
     for (int first = 0; first < rotations; first += N) {
         const int count = rotations - first < N ? rotations - first : N;
-        block.each([&](int t) {
+        block.eachBelow(count, [&](int t) {
             const int j = forward ? first + t : rotations - 1 - first - t;
-            cTemp[t] = t < count ? c[j] : Real<T>(0);
-            sTemp[t] = t < count ? s[j] : Real<T>(0);
+            cTemp[t] = c[j];
+            sTemp[t] = s[j];
         });
         if constexpr (WARP_SZ < N)
             block.sync();
-        TARN_UNROLL(16)
-        for (int k = 0; k < count; ++k) {
-            const int j = forward ? first + k : rotations - 1 - first - k;
-            if constexpr (side == 'R') {
-                const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
-                if (0 <= ahead && ahead <= rotations)
-                    prefetchRows<N>(A, lda, line0, ahead, cached);
+        // Apart for whole blocks of lines and for others: a CPU holds the carried elements of whole ones in registers.
+        const auto rotateAll = [&](const auto& forLines) {
+            TARN_UNROLL(16)
+            for (int k = 0; k < count; ++k) {
+                const int j = forward ? first + k : rotations - 1 - first - k;
+                if constexpr (side == 'R') {
+                    const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
+                    if (0 <= ahead && ahead <= rotations)
+                        prefetchRows<N>(A, lda, line0, ahead, cached);
+                }
+                const Real<T> cos = cTemp[k], sin = sTemp[k];
+                forLines([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cos, sin); });
+                // Keeps the warps together, so that they share the cache lines of their columns.
+                if constexpr (side == 'L' && WARP_SZ < N)
+                    block.sync();
             }
-            const auto step = [&](int t) {
-                rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]);
-            };
-            if (linesLeft >= N)
-                block.each(step);
-            else
-                block.eachBelow(linesLeft, step);
-            // Keeps the warps together, so that they share the cache lines of their columns.
-            if constexpr (side == 'L' && WARP_SZ < N)
-                block.sync();
-        }
+        };
+        if (linesLeft >= N)
+            rotateAll([&](const auto& step) { block.each(step); });
+        else
+            rotateAll([&](const auto& step) { block.eachBelow(linesLeft, step); });
         if constexpr (WARP_SZ < N)
             block.sync();
     }
