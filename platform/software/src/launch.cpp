@@ -1,6 +1,10 @@
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <mutex>
 #include <string>
+#include <typeinfo>
+#include <unordered_map>
 
 #include "calls.h"
 #include "error.h"
@@ -15,19 +19,33 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned maxBlockThreads = 1024;
 
-/// Estimated run time of one block, in ns, before anything is known about it.
-constexpr std::int64_t blockCost = 2000;
+/// A launch that takes less than this on one core, in ns, is not spread over more.
+constexpr std::int64_t worthSpreading = 3'000;
 
-/// Blocks run one after the other for this long before the rest is spread over the cores: a small grid is done by then,
-/// and a large one has told how long its blocks take.
-constexpr std::int64_t trialTime = 3'000; // ns
+using BlockTime = std::atomic<std::int64_t>;
+
+/// How long one block of a kernel ran in its last launch, in ns; before the first one, a guess. Kernels are told apart
+/// by what runs their blocks.
+BlockTime& blockTimeOf(const std::function<void()>& runBlock)
+{
+    constexpr std::int64_t guess = 2'000;
+    static std::mutex mutex;
+    // Never destroyed: the last launches may run while the process ends.
+    static auto& times = *new std::unordered_map<const std::type_info*, BlockTime>;
+    const std::lock_guard lock(mutex);
+    return times.try_emplace(&runBlock.target_type(), guess).first->second;
+}
 
 struct Launch
 {
     dim3 grid, block;
     std::function<void()> runBlock;
+    BlockTime& blockTime;
 
     std::int64_t blocks() const { return std::int64_t{grid.x} * grid.y * grid.z; }
+
+    /// Estimated run time on one core, in ns.
+    std::int64_t cost() const { return blocks() * blockTime; }
 
     /// Coordinates of the block that runs as number `index`. The blocks of a plane run in small squares, so that
     /// kernels which walk rows here and columns there, as transpositions do, stay within few pages at a time.
@@ -46,27 +64,33 @@ struct Launch
         return {x0 + static_cast<unsigned>(index % width), y0 + static_cast<unsigned>(index / width), z};
     }
 
-    void runOne(std::int64_t index) const
-    {
-        tarnSoftBlock() = {place(static_cast<std::uint64_t>(index)), block, grid};
-        runBlock();
-    }
-
-    void runAll() const
+    /// Runs the blocks with numbers from begin to end - 1 and returns how long that took, in ns.
+    std::int64_t run(std::int64_t begin, std::int64_t end) const
     {
         const auto start = Clock::now();
-        std::int64_t done = 0, elapsed = 0;
-        while (done < blocks() && elapsed < trialTime) {
-            runOne(done++);
-            elapsed = std::chrono::nanoseconds(Clock::now() - start).count();
+        for (std::int64_t index = begin; index < end; ++index) {
+            tarnSoftBlock() = {place(static_cast<std::uint64_t>(index)), block, grid};
+            runBlock();
         }
-        if (done == blocks())
-            return;
-        const std::int64_t first = done, grain = 1 + trialTime * done / elapsed;
-        forRanges(blocks() - first, grain, [&](std::int64_t begin, std::int64_t end) {
-            for (std::int64_t index = begin; index < end; ++index)
-                runOne(first + index);
-        });
+        return std::chrono::nanoseconds(Clock::now() - start).count();
+    }
+
+    /// One block after the other while the launch is short, as it was expected to be or not; else over the cores.
+    void runAll() const
+    {
+        std::int64_t done = 0;
+        std::atomic<std::int64_t> time{0};
+        if (cost() < worthSpreading)
+            while (done < blocks() && time < worthSpreading) {
+                time += run(done, done + 1);
+                ++done;
+            }
+        if (done < blocks()) {
+            const std::int64_t first = done, perBlock = done == 0 ? blockTime.load() : time / done;
+            forRanges(blocks() - first, 1 + worthSpreading / (1 + perBlock),
+                      [&](std::int64_t begin, std::int64_t end) { time += run(first + begin, first + end); });
+        }
+        blockTime = time / blocks();
     }
 };
 
@@ -100,8 +124,9 @@ cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBl
         device->submit({[failure] { return failure; }, 0, false});
         return cudaSuccess;
     }
-    Launch launch{grid, block, std::move(runBlock)};
-    const std::int64_t cost = launch.blocks() * blockCost;
+    BlockTime& blockTime = blockTimeOf(runBlock);
+    Launch launch{grid, block, std::move(runBlock), blockTime};
+    const std::int64_t cost = launch.cost();
     device->submit({[launch = std::move(launch)] { return launch.runAll(), cudaSuccess; }, cost, false});
     return cudaSuccess;
 }
