@@ -62,15 +62,17 @@ __device__ __forceinline__ void stage(GemvBlock<T, TILE, TY> shared, const T* ti
     });
 }
 
-/// acc(tx, ty) += rows 2 ty and 2 ty + 1 of column tx of the tile, or of its conjugate, times x.
+/// acc(tx, ty) += rows 2 ty and 2 ty + 1 of column tx of each of `tiles` tiles, one below the other, or of their
+/// conjugates, times x.
 template <bool conj, class T, int TILE, int TY>
-__device__ __forceinline__ void addTile(GemvBlock<T, TILE, TY> shared, const T* tile, int pitch, const T* x)
+__device__ __forceinline__ void addTiles(GemvBlock<T, TILE, TY> shared, int tiles, const T* A, int pitch, const T* x)
 {
     const Block<TILE, TY> block;
-    block.eachAlongY([&](int tx, int ty) {
+    block.eachAlongY(tiles, [&](int tx, int ty, int k) {
         RowPair<T>& acc = shared.acc[shared.index(tx, ty)];
-        addProduct(acc.even, conjugateIf<conj>(tile[offset(2 * ty, tx, pitch)]), x[2 * ty]);
-        addProduct(acc.odd, conjugateIf<conj>(tile[offset(2 * ty + 1, tx, pitch)]), x[2 * ty + 1]);
+        const int i = k * TILE + 2 * ty;
+        addProduct(acc.even, conjugateIf<conj>(A[offset(i, tx, pitch)]), x[i]);
+        addProduct(acc.odd, conjugateIf<conj>(A[offset(i + 1, tx, pitch)]), x[i + 1]);
     });
 }
 
@@ -86,19 +88,22 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
     const int j0 = TILE * int(blockIdx.x), columns = n - j0;
-    for (int k = 0; k < TY && (!bounded || i0 + k * TILE < m); ++k) {
-        const int i1 = i0 + k * TILE, rows = m - i1;
-        const T *const tile = A + offset(i1, j0, lda), *const xOfTile = shared.x + k * TILE;
-        const bool whole = rows >= TILE && columns >= TILE, inPlace = readsInPlace && whole;
-        if (!inPlace && whole)
-            stage<conj, false>(shared, tile, lda, rows, columns);
-        else if (!inPlace)
-            stage<conj, true>(shared, tile, lda, rows, columns);
+    const T* const chunk = A + offset(i0, j0, lda);
+    int k = 0;
+    if (readsInPlace && columns >= TILE) {
+        // Its whole tiles at once: column by column, each one run of memory.
         block.sync();
-        if (inPlace)
-            addTile<conj>(shared, tile, lda, xOfTile);
+        k = bounded ? (m - i0) / TILE : TY;
+        addTiles<conj>(shared, k, chunk, lda, shared.x);
+    }
+    for (; k < TY && (!bounded || i0 + k * TILE < m); ++k) {
+        const int rows = m - i0 - k * TILE;
+        if (rows >= TILE && columns >= TILE)
+            stage<conj, false>(shared, chunk + k * TILE, lda, rows, columns);
         else
-            addTile<false>(shared, &shared.a[0][0], TILE + 1, xOfTile);
+            stage<conj, true>(shared, chunk + k * TILE, lda, rows, columns);
+        block.sync();
+        addTiles<false>(shared, 1, &shared.a[0][0], TILE + 1, shared.x + k * TILE);
         block.sync();
     }
 }

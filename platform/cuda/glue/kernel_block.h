@@ -27,6 +27,16 @@ struct Block
         each(phase);
     }
 
+    /// phase(tx, ty, step) for every thread of the block and the steps from 0 to `steps` - 1 in order. A CPU runs along
+    /// ty, and goes through all steps of a line of threads before those of the next: where those read one run of
+    /// memory.
+    template <class Phase>
+    __device__ __forceinline__ void eachAlongY(int steps, Phase&& phase) const
+    {
+        for (int step = 0; step < steps; ++step)
+            phase(int(threadIdx.x), int(threadIdx.y), step);
+    }
+
     __device__ __forceinline__ void sync() const { __syncthreads(); }
 };
 

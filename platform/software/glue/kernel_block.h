@@ -37,6 +37,18 @@ struct Block
                 race::thread(X * ty + tx, [&] { phase(tx, ty); });
     }
 
+    /// phase(tx, ty, step) for every thread of the block and the steps from 0 to `steps` - 1 in order. Runs along ty,
+    /// and goes through all steps of a line of threads before those of the next: where those read one run of memory.
+    template <class Phase>
+    inline __attribute__((always_inline)) void eachAlongY(int steps, Phase&& phase) const
+    {
+        for (int tx = 0; tx < X; ++tx)
+            for (int step = 0; step < steps; ++step)
+#pragma GCC ivdep
+                for (int ty = 0; ty < Y; ++ty)
+                    race::thread(X * ty + tx, [&] { phase(tx, ty, step); });
+    }
+
     void sync() const { race::sync(); }
 };
 
