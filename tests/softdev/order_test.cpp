@@ -203,17 +203,27 @@ TEST_F(OrderTest, ThreadsAndDevicesDoNotMixUp)
         thread.join();
 }
 
-// Grids of all shapes, small enough for one thread and large enough for all: every block runs once, with its
-// coordinates.
+// Grids of all shapes, small enough for one thread and large enough for all, and one whose blocks take longer than
+// those of the launch before: every block runs once, with its coordinates.
 TEST_F(OrderTest, EveryBlockRunsOnce)
 {
-    for (const dim3 grid : {dim3(1), dim3(7, 5, 3), dim3(40000, 2, 1)}) {
+    const auto none = std::chrono::microseconds(0), longer = std::chrono::microseconds(20);
+    struct
+    {
+        dim3 grid;
+        std::chrono::microseconds pause;
+    } const launches[] = {
+        {dim3(1), none}, {dim3(7, 5, 3), none}, {dim3(40000, 2, 1), none}, {dim3(4), none}, {dim3(4), longer},
+    };
+    for (const auto& [grid, pause] : launches) {
         std::vector<std::atomic<int>> runs(std::size_t(grid.x) * grid.y * grid.z);
         std::atomic<int> largest{0}, strange{0};
-        const auto body = [&] {
-            ++runs[blockIdx.x + grid.x * (blockIdx.y + std::size_t(grid.y) * blockIdx.z)];
-            strange += gridDim.y != grid.y || blockDim.y != 4;
+        const auto body = [&, extent = grid, time = pause] {
+            ++runs[blockIdx.x + extent.x * (blockIdx.y + std::size_t(extent.y) * blockIdx.z)];
+            strange += gridDim.y != extent.y || blockDim.y != 4;
             atomicMax(reinterpret_cast<int*>(&largest), int(blockIdx.x));
+            if (time != none)
+                std::this_thread::sleep_for(time);
         };
         ASSERT_EQ(softdevLaunch("Grid_k", grid, dim3(8, 4), dim3(8, 4), body), cudaSuccess);
         ASSERT_EQ(cudaDeviceSynchronize(), cudaSuccess);
