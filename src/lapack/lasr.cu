@@ -108,8 +108,7 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
                     if (0 <= ahead && ahead <= rotations)
                         prefetchRows<N>(A, lda, line0, ahead, cached);
                 }
-                const Real<T> cos = cTemp[k], sin = sTemp[k];
-                forLines([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cos, sin); });
+                forLines([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]); });
                 // Keeps the warps together, so that they share the cache lines of their columns.
                 if constexpr (side == 'L' && WARP_SZ < N)
                     block.sync();
