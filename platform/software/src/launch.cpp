@@ -19,8 +19,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned maxBlockThreads = 1024;
 
-/// A launch that takes less than this on one core, in ns, is not spread over more.
-constexpr std::int64_t worthSpreading = 3'000;
+/// A launch that takes less than this on one core, in ns, is not spread over more: idle cores would have to be woken,
+/// and a CPU BLAS may be about to need them.
+constexpr std::int64_t worthSpreading = 10'000;
+
+/// Run time of the blocks that a core takes at a time, in ns.
+constexpr std::int64_t share = 3'000;
 
 using BlockTime = std::atomic<std::int64_t>;
 
@@ -87,7 +91,7 @@ struct Launch
             }
         if (done < blocks()) {
             const std::int64_t first = done, perBlock = done == 0 ? blockTime.load() : time / done;
-            forRanges(blocks() - first, 1 + worthSpreading / (1 + perBlock),
+            forRanges(blocks() - first, 1 + share / (1 + perBlock),
                       [&](std::int64_t begin, std::int64_t end) { time += run(first + begin, first + end); });
         }
         blockTime = time / blocks();
