@@ -29,7 +29,7 @@ constexpr std::int64_t share = 3'000;
 using BlockTime = std::atomic<std::int64_t>;
 
 /// How long one block of a kernel ran in its last launch, in ns; before the first one, a guess. Kernels are told apart
-/// by what runs their blocks.
+/// by the type of what runs their blocks.
 BlockTime& blockTimeOf(const std::function<void()>& runBlock)
 {
     constexpr std::int64_t guess = 2'000;
@@ -79,20 +79,19 @@ struct Launch
         return std::chrono::nanoseconds(Clock::now() - start).count();
     }
 
-    /// One block after the other while the launch is short, as it was expected to be or not; else over the cores.
+    /// A launch that is expected to be short runs block by block, unless it turns out long; what is left then, or all
+    /// of a long one, is spread over the cores.
     void runAll() const
     {
         std::int64_t done = 0;
         std::atomic<std::int64_t> time{0};
         if (cost() < worthSpreading)
-            while (done < blocks() && time < worthSpreading) {
+            for (; done < blocks() && time < worthSpreading; ++done)
                 time += run(done, done + 1);
-                ++done;
-            }
         if (done < blocks()) {
-            const std::int64_t first = done, perBlock = done == 0 ? blockTime.load() : time / done;
-            forRanges(blocks() - first, 1 + share / (1 + perBlock),
-                      [&](std::int64_t begin, std::int64_t end) { time += run(first + begin, first + end); });
+            const std::int64_t perBlock = done == 0 ? blockTime.load() : time / done;
+            forRanges(blocks() - done, 1 + share / (1 + perBlock),
+                      [&](std::int64_t begin, std::int64_t end) { time += run(done + begin, done + end); });
         }
         blockTime = time / blocks();
     }

@@ -30,7 +30,8 @@ void release(void* order)
         __tsan_release(order);
 }
 
-/// Moves the calling thread to another core, if it is on this one.
+/// Moves the calling thread to another core, if it is on this one and may run elsewhere. It may run anywhere
+/// afterwards, as before.
 void leaveCore(int core)
 {
     cpu_set_t allowed;
