@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-races check-all demo bench performance cuda gpu-bundle format clean
+.PHONY: setup build test check-races check-all coverage demo bench performance cuda gpu-bundle format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -28,6 +28,17 @@ check-all: test check-races
 	@cmake --preset asan $(CMAKE_FLAGS)
 	@cmake --build --preset asan -j $(JOBS)
 	@ctest --preset asan -j 1
+
+# Which branches of the library and of the software device the tests take: a figure, and pages in build/coverage/html.
+coverage: setup
+	@scripts/install-dependencies gcovr
+	@cmake --preset coverage $(CMAKE_FLAGS)
+	@cmake --build --preset coverage -j $(JOBS)
+	@find build/coverage -name '*.gcda' -delete
+	@ctest --preset coverage -j 1
+	@mkdir -p build/coverage/html
+	@gcovr --root . --object-directory build/coverage --filter src/ --filter platform/ --exclude-throw-branches \
+	       --exclude-unreachable-branches --html-details build/coverage/html/index.html --print-summary --branches
 
 demo: build
 	@build/release/bin/tarn demo
