@@ -4,7 +4,6 @@
 #include "frame/exceptions.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace tarn {
 
@@ -14,7 +13,7 @@ namespace {
 void requireLetter(char& letter, const char* allowed, tarnInfo position)
 {
     letter = upper(letter);
-    require(letter != '\0' && std::strchr(allowed, letter), position);
+    require(isOneOf(letter, allowed), position);
 }
 
 void requireNotNull(const void* pointer, tarnInfo position) { require(pointer != nullptr, position); }

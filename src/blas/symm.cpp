@@ -69,6 +69,8 @@ void symm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, cons
 {
     constexpr auto kind = Symmetry::symmetric;
     checkSymm(side, uplo, m, n, a, lda, b, ldb, c, ldc);
+    if (m == 0 || n == 0)
+        return;
     if (m >= recursionFrom || n >= recursionFrom)
         multiply<kind>(blockSize<T>(Blocked::level3), side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
     else
@@ -80,6 +82,8 @@ void hemm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, cons
 {
     constexpr auto kind = Symmetry::hermitian;
     checkHemm(side, uplo, m, n, a, lda, b, ldb, c, ldc);
+    if (m == 0 || n == 0)
+        return;
     if (m >= recursionFrom && n >= recursionFrom)
         multiply<kind>(blockSize<T>(Blocked::level3), side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
     else

@@ -6,6 +6,8 @@
 #include "blas/symmetry.h"
 #include "frame/tuning.h"
 
+#include <algorithm>
+
 namespace tarn::blas {
 
 namespace {
@@ -58,6 +60,10 @@ template <Symmetry kind, class T>
 void updateBySize(char uplo, char trans, int n, int k, T alpha, T alpha2, const T* a, int lda, const T* b, int ldb,
                   Scalar<kind, T> beta, T* c, int ldc)
 {
+    if (n == 0)
+        return;
+    if (k == 0) // an operand without elements may have a leading dimension of 0, which cuBLAS does not take
+        lda = std::max(1, lda), ldb = std::max(1, ldb);
     if (n >= recursionFrom && k >= recursionFrom)
         update<kind>(blockSize<T>(Blocked::level3), uplo, trans, n, k, alpha, alpha2, a, lda, b, ldb, beta, c, ldc);
     else

@@ -48,6 +48,8 @@ template <class T>
 void trmm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb)
 {
     checkTrmm(side, uplo, transa, diag, m, n, a, lda, b, ldb);
+    if (m == 0 || n == 0)
+        return;
     if (m >= recursionFrom || n >= recursionFrom)
         multiply(blockSize<T>(Blocked::level3), side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
     else

@@ -48,6 +48,8 @@ template <class T>
 void trsm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb)
 {
     checkTrsm(side, uplo, transa, diag, m, n, a, lda, b, ldb);
+    if (m == 0 || n == 0)
+        return;
     if (m >= recursionFrom && n >= recursionFrom)
         solve(blockSize<T>(Blocked::trsm), side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
     else

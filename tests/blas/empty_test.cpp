@@ -51,12 +51,18 @@ TEST_F(Empty, ProductsOfDepth0)
 TEST_F(Empty, DeviceFormsOfDimension0)
 {
     const DeviceArray<float> a(std::vector<float>{1, 2, 3, 4});
-    EXPECT_EQ(tarnDeviceSgemm('N', 'N', 0, 2, 2, 1, a.data(), 2, a.data(), 2, 0, a.data(), 2), tarnNoError);
+    EXPECT_EQ(tarnDeviceSgemm('N', 'N', 0, 2, 2, 1, a.data(), 0, a.data(), 2, 0, a.data(), 0), tarnNoError);
+    EXPECT_EQ(tarnDeviceStrsm('L', 'U', 'N', 'N', 0, 0, 1, nullptr, 0, nullptr, 0), tarnNoError);
     EXPECT_EQ(tarnDeviceStrmm('L', 'U', 'N', 'N', 2, 0, 1, nullptr, 2, nullptr, 2), tarnNoError);
+    EXPECT_EQ(tarnDeviceSsymm('L', 'U', 0, 2, 1, nullptr, 0, nullptr, 0, 0, nullptr, 0), tarnNoError);
+    EXPECT_EQ(tarnDeviceSsyr2k('U', 'T', 0, 2, 1, nullptr, 2, nullptr, 2, 0, nullptr, 0), tarnNoError);
     EXPECT_EQ(tarnDeviceSgemv('T', 0, 2, 1, a.data(), 1, a.data(), 1, 0, a.data(), 1), tarnNoError);
     EXPECT_EQ(tarnDeviceSsymv('U', 0, 1, a.data(), 1, a.data(), 1, 0, a.data(), 1), tarnNoError);
     EXPECT_EQ(tarnDeviceSsyrk('U', 'N', 2, 0, 1, nullptr, 2, 2, a.data(), 2), tarnNoError);
     EXPECT_EQ(a.download(), (std::vector<float>{2, 2, 6, 8}));
+    EXPECT_EQ(tarnDeviceSgemm('N', 'N', 2, 2, 0, 1, nullptr, 2, nullptr, 0, 0.5f, a.data(), 2), tarnNoError);
+    EXPECT_EQ(tarnDeviceSsyr2k('U', 'T', 2, 0, 1, nullptr, 0, nullptr, 0, 2, a.data(), 2), tarnNoError);
+    EXPECT_EQ(a.download(), (std::vector<float>{2, 1, 6, 8}));
 }
 
 } // namespace
