@@ -27,7 +27,13 @@ struct DeviceCache
     std::atomic<int> capability{0};
 };
 
-DeviceTable table;
+/// Never destroyed: routines may run until the very end of the process.
+DeviceTable& deviceTable()
+{
+    static auto& table = *new DeviceTable;
+    return table;
+}
+
 std::array<DeviceCache, deviceLimit> cache;
 
 cudaDeviceProp readProperties(int device)
@@ -52,6 +58,7 @@ DeviceRecord readDevice(int device)
 
 const DeviceRecord& deviceRecord(int device)
 {
+    DeviceTable& table = deviceTable();
     if (!table.built.load(std::memory_order_acquire)) {
         const std::lock_guard<std::mutex> lock(table.building);
         if (!table.built.load(std::memory_order_relaxed)) {
@@ -85,10 +92,8 @@ int supportedDeviceCount()
     int count = 0;
     velk::CudaErrorGuard guard;
     const cudaError_t result = cudaGetDeviceCount(&count);
-    if (result == cudaErrorNoDevice) {
-        cudaGetLastError();
+    if (result == cudaErrorNoDevice || result == cudaErrorInsufficientDriver)
         return 0;
-    }
     guard.check(result);
     if (count == 1 && isPlaceholder(readProperties(0)))
         return 0;

@@ -36,6 +36,8 @@ TEST_F(ControlTest, DevicesAreWhatWasSet)
     cublasHandle_t handle;
     EXPECT_EQ(cudaMalloc(&memory, 8), cudaErrorNoDevice);
     EXPECT_EQ(cublasCreate_v2(&handle), CUBLAS_STATUS_NOT_INITIALIZED);
+    for (int reading = 0; reading < 2; ++reading)
+        EXPECT_EQ(cudaGetLastError(), cudaErrorNoDevice) << "which reading does not clear";
 
     softdevSetVersions(4020, 4010, 4000);
     int runtime, driver, blas;

@@ -5,6 +5,10 @@
 
 #include <cassert>
 
+#ifdef CUDA_API_PER_THREAD_DEFAULT_STREAM
+#    error "Copies are ordered against kernels by the legacy default stream: build without per-thread default streams"
+#endif
+
 namespace tarn::platform {
 
 /// True if the device can copy between host and device while a kernel runs.

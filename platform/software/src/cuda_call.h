@@ -32,7 +32,7 @@ public:
     {
         return run([&] {
             Device* device = machine().current();
-            return device ? body(*device) : cudaErrorNoDevice;
+            return device ? body(*device) : machine().absence();
         });
     }
 

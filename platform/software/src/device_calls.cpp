@@ -30,7 +30,7 @@ cudaError_t cudaGetDeviceCount(int* count)
         if (!count)
             return cudaErrorInvalidValue;
         *count = machine().deviceCount();
-        return *count == 0 ? cudaErrorNoDevice : cudaSuccess;
+        return machine().absence();
     });
 }
 
@@ -39,8 +39,8 @@ cudaError_t cudaGetDeviceProperties(cudaDeviceProp* prop, int device)
     return CudaCall("cudaGetDeviceProperties", prop, device).run([&] {
         if (!prop)
             return cudaErrorInvalidValue;
-        if (machine().deviceCount() == 0)
-            return cudaErrorNoDevice;
+        if (const cudaError_t absence = machine().absence())
+            return absence;
         const Device* asked = machine().device(device);
         if (!asked)
             return cudaErrorInvalidDevice;
@@ -54,8 +54,8 @@ cudaError_t cudaGetDevice(int* device)
     return CudaCall("cudaGetDevice", device).run([&] {
         if (!device)
             return cudaErrorInvalidValue;
-        if (machine().deviceCount() == 0)
-            return cudaErrorNoDevice;
+        if (const cudaError_t absence = machine().absence())
+            return absence;
         *device = machine().currentIndex();
         return cudaSuccess;
     });
@@ -64,10 +64,9 @@ cudaError_t cudaGetDevice(int* device)
 cudaError_t cudaSetDevice(int device)
 {
     return CudaCall("cudaSetDevice", device).run([&] {
-        const int count = machine().deviceCount();
-        if (count == 0)
-            return cudaErrorNoDevice;
-        if (device < 0 || device >= count)
+        if (const cudaError_t absence = machine().absence())
+            return absence;
+        if (device < 0 || device >= machine().deviceCount())
             return cudaErrorInvalidDevice;
         machine().setCurrent(device);
         return cudaSuccess;
@@ -83,7 +82,9 @@ cudaError_t cudaGetLastError()
 {
     if (const int code = announceCall("cudaGetLastError"))
         return static_cast<cudaError_t>(code);
-    return takeLatched();
+    const cudaError_t latched = takeLatched();
+    const cudaError_t absence = unloaded() ? cudaSuccess : machine().absence();
+    return absence == cudaSuccess ? latched : absence;
 }
 
 const char* cudaGetErrorString(cudaError_t error)

@@ -120,7 +120,7 @@ cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBl
         return latch(static_cast<cudaError_t>(code));
     Device* device = machine().current();
     if (!device)
-        return latch(cudaErrorNoDevice);
+        return latch(machine().absence());
     if (!possible(device->record, grid, block, kernelBlock))
         return latch(cudaErrorInvalidConfiguration);
     if (const cudaError_t failure = announceExecution(name)) {

@@ -72,6 +72,13 @@ int Machine::deviceCount()
     return static_cast<int>(slots_.size());
 }
 
+cudaError_t Machine::absence()
+{
+    if (deviceCount() != 0)
+        return cudaSuccess;
+    return versions.driver == 0 ? cudaErrorInsufficientDriver : cudaErrorNoDevice;
+}
+
 Device* Machine::device(int index)
 {
     if (index < 0 || index >= static_cast<int>(slots_.size()))

@@ -49,6 +49,10 @@ public:
     Machine();
     ~Machine();
 
+    /// What every call that needs a device returns while the machine has none, and cudaGetLastError again and again:
+    /// cudaErrorInsufficientDriver without a driver (version 0), else cudaErrorNoDevice. cudaSuccess if it has one.
+    cudaError_t absence();
+
     /// Number of devices. Devices are brought up by the first call that asks for one, not by this one.
     int deviceCount();
 
