@@ -21,14 +21,17 @@ namespace {
 
 std::atomic<bool> initialized{false};
 
-/// Guards what follows; taken before the pool mutex, never after it.
-boost::mutex lifecycleMutex;
-
-/// Threads that have called tarnInitialize and not yet tarnShutdown.
-std::set<int>& threadRegistry()
+struct Lifecycle
 {
-    static std::set<int> registry;
-    return registry;
+    boost::mutex mutex;    ///< guards what follows; taken before the pool mutex, never after it
+    std::set<int> threads; ///< that have called tarnInitialize and not yet tarnShutdown
+};
+
+/// Never destroyed: a program may shut the library down from its own exit handlers and static destructors.
+Lifecycle& lifecycle()
+{
+    static auto& lifecycle = *new Lifecycle;
+    return lifecycle;
 }
 
 int threadId() { return int(syscall(SYS_gettid)); }
@@ -82,8 +85,8 @@ tarnStatus tarnInitialize()
     tarnSetErrorInfo(0);
     tarnStatus status = tarnNoError;
     try {
-        const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
-        threadRegistry().insert(threadId());
+        const boost::lock_guard<boost::mutex> lock(lifecycle().mutex);
+        lifecycle().threads.insert(threadId());
         if (isInitialized())
             bindThreadDevice();
         else
@@ -103,12 +106,12 @@ tarnStatus tarnInitialize()
 
 void tarnShutdown()
 {
-    const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
+    const boost::lock_guard<boost::mutex> lock(lifecycle().mutex);
     if (!isInitialized())
         return;
-    threadRegistry().erase(threadId());
+    lifecycle().threads.erase(threadId());
     dropCublasHandles();
-    if (threadRegistry().empty()) {
+    if (lifecycle().threads.empty()) {
         freePools();
         legacyCublasGetError();
         legacyCublasShutdown();
@@ -118,7 +121,7 @@ void tarnShutdown()
 
 void tarnFreeBuffers()
 {
-    const boost::lock_guard<boost::mutex> lock(lifecycleMutex);
+    const boost::lock_guard<boost::mutex> lock(lifecycle().mutex);
     if (isInitialized())
         freePools();
 }
