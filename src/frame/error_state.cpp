@@ -1,6 +1,7 @@
 #include "frame/error_state.h"
 
 #include "frame/legacy_cublas.h"
+#include "frame/thread_state.h"
 
 #include <utility>
 
@@ -11,6 +12,7 @@ void throwOnCudaError(cudaError_t code)
     constexpr auto memoryValueTooLarge = cudaError_t(32);
     if (code == cudaSuccess)
         return;
+    cudaGetLastError();
     if (code == cudaErrorMemoryAllocation || code == memoryValueTooLarge)
         throw CudaMemoryException(cudaGetErrorString(code));
     throw CudaRuntimeException(code);
@@ -25,9 +27,13 @@ void throwOnCublasError(cublasStatus_t code)
     throw CublasException(code);
 }
 
-CudaErrorGuard::CudaErrorGuard() { throwOnCudaError(cudaGetLastError()); }
+CudaErrorGuard::CudaErrorGuard() { tarn::raiseEarlierErrors(); }
 
 CublasErrorGuard::CublasErrorGuard() { throwOnCublasError(tarn::takeCublasError()); }
+
+ReleaseScope::ReleaseScope() noexcept { tarn::postponeCudaError(tarn::takeCudaError()); }
+
+ReleaseScope::~ReleaseScope() { cudaGetLastError(); }
 
 } // namespace velk
 
@@ -36,7 +42,6 @@ namespace tarn {
 namespace {
 
 thread_local cublasStatus_t firstCublasFailure = CUBLAS_STATUS_SUCCESS;
-thread_local cudaError_t postponedError = cudaSuccess;
 
 } // namespace
 
@@ -55,30 +60,28 @@ cublasStatus_t takeCublasError() noexcept
     return legacy == CUBLAS_STATUS_SUCCESS || legacy == CUBLAS_STATUS_NOT_INITIALIZED ? noted : legacy;
 }
 
-void postponeCudaError() noexcept
+cudaError_t takeCudaError() noexcept
 {
     const cudaError_t code = cudaGetLastError();
-    if (postponedError == cudaSuccess)
-        postponedError = code;
+    return code == cudaErrorNoDevice || code == cudaErrorInsufficientDriver ? cudaSuccess : code;
 }
+
+void raiseEarlierErrors() { velk::throwOnCudaError(takeCudaError()); }
 
 void finishRoutine()
 {
-    // Without a device nothing runs, and service functions answer all the same.
-    const cudaError_t waited = cudaDeviceSynchronize();
-    if (waited == cudaErrorNoDevice || waited == cudaErrorInsufficientDriver)
-        cudaGetLastError();
-    velk::CublasErrorGuard();
-    postponeCudaError();
-    velk::throwOnCudaError(std::exchange(postponedError, cudaSuccess));
+    cudaDeviceSynchronize();
+    const velk::CublasErrorGuard cublas;
+    velk::throwOnCudaError(takePostponedError());
+    raiseEarlierErrors();
 }
 
 void abandonRoutine() noexcept
 {
     cudaDeviceSynchronize();
     takeCublasError();
-    postponeCudaError();
-    postponedError = cudaSuccess;
+    cudaGetLastError();
+    takePostponedError();
 }
 
 } // namespace tarn

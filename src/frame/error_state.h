@@ -5,7 +5,8 @@
 
 namespace velk {
 
-/// Raises for a CUDA error: codes 2 and 32 as CudaMemoryException, any other as CudaRuntimeException.
+/// Raises for a CUDA error: codes 2 and 32 as CudaMemoryException, any other as CudaRuntimeException. What is raised is
+/// taken out of the CUDA error state, so that nobody is charged with it again.
 void throwOnCudaError(cudaError_t code);
 
 /// Raises for a cuBLAS error: code 3 as CudaMemoryException, any other as CublasException.
@@ -18,6 +19,7 @@ void throwOnCublasError(cublasStatus_t code);
 class CudaErrorGuard
 {
 public:
+    /// Raises what the CUDA error state holds.
     CudaErrorGuard();
     explicit CudaErrorGuard(cudaError_t code) { throwOnCudaError(code); }
 
@@ -35,6 +37,17 @@ public:
     CublasErrorGuard();
 };
 
+/// Stands around the calls by which a destructor gives something back. What these report is nobody's: it is dropped at
+/// the end of the scope. An error that stood in the CUDA error state before is kept for the end of the routine.
+class ReleaseScope
+{
+public:
+    ReleaseScope() noexcept;
+    ~ReleaseScope();
+    ReleaseScope(const ReleaseScope&) = delete;
+    ReleaseScope& operator=(const ReleaseScope&) = delete;
+};
+
 } // namespace velk
 
 namespace tarn {
@@ -46,9 +59,12 @@ cublasStatus_t noteCublasStatus(cublasStatus_t status) noexcept;
 /// The first failing code of this thread since the last reading, of the legacy interface or of noteCublasStatus.
 cublasStatus_t takeCublasError() noexcept;
 
-/// For destructors, which cannot raise: keeps an error that an earlier launch has left in the CUDA error state for the
-/// end of the routine, before the destructor's own calls come upon it.
-void postponeCudaError() noexcept;
+/// Reads and clears the CUDA error state. Without a driver or a device the state is never clear, but nothing runs that
+/// it could speak of: that is cudaSuccess here, and the calls that need a device tell.
+cudaError_t takeCudaError() noexcept;
+
+/// Raises what the CUDA error state holds: an earlier launch that was refused.
+void raiseEarlierErrors();
 
 /// The common end of all routines: waits for the device, then raises what cuBLAS and CUDA have to report.
 void finishRoutine();

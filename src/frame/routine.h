@@ -65,12 +65,7 @@ tarnStatus routineFrame(Body&& body) noexcept
 template <class T, class Body>
 tarnStatus hostForm(Body&& body) noexcept
 {
-    return routineFrame<T>([&] {
-        const tarnStatus status = body();
-        // By now the status is decided: a mirror that could not be freed must not be charged to the next call.
-        cudaGetLastError();
-        return status;
-    });
+    return routineFrame<T>(body);
 }
 
 /// The frame of a device form. implementation: the routine on device addresses, which reports failure by raising.

@@ -6,6 +6,7 @@
 #include <boost/thread/tss.hpp>
 
 #include <array>
+#include <utility>
 
 namespace tarn {
 
@@ -16,6 +17,7 @@ struct ThreadState
     int depth = 0;
     bool failed = false;
     int device = -1;
+    cudaError_t postponed = cudaSuccess;
 };
 
 /// The cuBLAS handles of one thread by device number.
@@ -29,6 +31,7 @@ struct Ctx
 
     ~Ctx()
     {
+        const velk::ReleaseScope scope;
         for (cublasHandle_t& handle : handles) {
             if (handle)
                 cublasDestroy_v2(handle);
@@ -109,6 +112,19 @@ void markFailed() noexcept
 {
     if (ThreadState* state = threadState().get())
         state->failed = true;
+}
+
+void postponeCudaError(cudaError_t code) noexcept
+{
+    ThreadState* state = threadState().get();
+    if (state && state->postponed == cudaSuccess)
+        state->postponed = code;
+}
+
+cudaError_t takePostponedError() noexcept
+{
+    ThreadState* state = threadState().get();
+    return state ? std::exchange(state->postponed, cudaSuccess) : cudaSuccess;
 }
 
 bool hasFailed() noexcept

@@ -15,6 +15,13 @@ void leaveRoutine() noexcept;
 /// Marks the outermost routine as failed: its mirrors will not copy results back.
 void markFailed() noexcept;
 
+/// Keeps a CUDA error for the end of the routine that the thread is in; the first one counts. For destructors, which
+/// cannot raise. Outside of routines it is dropped: there is nobody whose error it could be.
+void postponeCudaError(cudaError_t code) noexcept;
+
+/// The error kept, which is forgotten thereby; cudaSuccess if there is none.
+cudaError_t takePostponedError() noexcept;
+
 /// True if the routine that runs on this thread was marked; false outside routines.
 bool hasFailed() noexcept;
 

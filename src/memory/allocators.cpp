@@ -71,6 +71,7 @@ T* CudaAllocator<T>::allocate(Extent e)
 template <class T>
 void CudaAllocator<T>::release(T* p, std::int64_t)
 {
+    const ReleaseScope scope;
     cudaFree(p);
 }
 
@@ -124,6 +125,7 @@ T* CudaPitchAllocator<T>::allocate(Extent e)
 template <class T>
 void CudaPitchAllocator<T>::release(T* p, std::int64_t)
 {
+    const ReleaseScope scope;
     cudaFree(p);
 }
 
@@ -179,6 +181,7 @@ T* PageLockedAllocator<T>::allocate(Extent e)
 template <class T>
 void PageLockedAllocator<T>::release(T* p, std::int64_t)
 {
+    const ReleaseScope scope;
     cudaFreeHost(p);
 }
 

@@ -16,8 +16,12 @@ namespace {
 constexpr std::int64_t smallestBlock = 0x40000;
 constexpr int firstFill[] = {0x200000, 0x100000, 0x100000, 0x100000, 0x100000};
 
-/// Guards the pools of all element types.
-boost::mutex poolMutex;
+/// Guards the pools of all element types. Never destroyed, as they.
+boost::mutex& poolMutex()
+{
+    static auto& mutex = *new boost::mutex;
+    return mutex;
+}
 
 /// An extent of n elements, or of less than 65536 more where they are too many for one dimension.
 Extent extentOf(std::int64_t n)
@@ -43,10 +47,14 @@ PoolBlock<T> MemoryPool<T>::acquire(std::int64_t n, const StreamHandle& stream)
         throw std::runtime_error("Memory Pool: bad request");
     if (n == 0)
         return {};
-    n = std::max(n, smallestBlock);
 
-    const boost::lock_guard<boost::mutex> lock(poolMutex);
+    const boost::lock_guard<boost::mutex> lock(poolMutex());
     Blocks& blocks = devices_[tarn::currentDevice()];
+    if (tarn::exactPoolBlocks) {
+        eraseFree(blocks);
+        return attach(append(blocks, n), stream);
+    }
+    n = std::max(n, smallestBlock);
     if (blocks.empty())
         fill(blocks);
     if (PoolBlock<T>* block = bestFit(blocks, n))
@@ -57,7 +65,7 @@ PoolBlock<T> MemoryPool<T>::acquire(std::int64_t n, const StreamHandle& stream)
 template <class T>
 void MemoryPool<T>::clear()
 {
-    const boost::lock_guard<boost::mutex> lock(poolMutex);
+    const boost::lock_guard<boost::mutex> lock(poolMutex());
     for (auto& [device, blocks] : devices_)
         eraseFree(blocks);
 }
@@ -122,6 +130,12 @@ template class MemoryPool<float>;
 template class MemoryPool<double>;
 template class MemoryPool<tarn::Complex<float>>;
 template class MemoryPool<tarn::Complex<double>>;
+
+#ifdef TARN_CHECKED
+bool tarn::exactPoolBlocks = true;
+#else
+bool tarn::exactPoolBlocks = false;
+#endif
 
 void tarn::freePools()
 {

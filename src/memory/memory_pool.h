@@ -30,8 +30,9 @@ public:
 
     /// A block of at least n elements on the current device, for use on `stream`; an empty one for n = 0. Best fit
     /// among the free blocks, else a new block of max(n, 262144) elements; the first call on a device also makes five
-    /// blocks of one and two mebi-elements. If the device is full, the free blocks of this pool on it are given back
-    /// first. Raises CudaMemoryException if that does not help, std::runtime_error for a negative n.
+    /// blocks of one and two mebi-elements (but see exactPoolBlocks). If the device is full, the free blocks of this
+    /// pool on it are given back first. Raises CudaMemoryException if that does not help, std::runtime_error for a
+    /// negative n.
     PoolBlock<T> acquire(std::int64_t n, const StreamHandle& stream = {});
 
     /// Gives every free block of every device back.
@@ -52,6 +53,10 @@ private:
 };
 
 namespace tarn {
+
+/// Whether every request gets a new block of just its size, and the free blocks go with the next request: as in checked
+/// builds, where the guard zones of the software device then lie right behind every workspace.
+extern bool exactPoolBlocks;
 
 /// Gives the free blocks of the four pools back. Called with the lifecycle mutex held.
 void freePools();

@@ -63,11 +63,11 @@ protected:
     {
         if (!(flags_ & MirrorOut) || hasFailed() || std::uncaught_exceptions() > unwinding_)
             return;
+        postponeCudaError(takeCudaError()); // which is not the copy's
         try {
             memory_.download(host_, memory_.extent().rows, memory_.extent().cols, hostLd_);
         } catch (...) {
-            // The routine's status is decided by now; its successor must not be charged with this.
-            cudaGetLastError();
+            // The routine's status is decided by now.
         }
     }
 
@@ -138,11 +138,13 @@ public:
     {
         if (!(flags_ & MirrorOut) || memory_.empty())
             return;
-        tarn::postponeCudaError();
+        tarn::postponeCudaError(tarn::takeCudaError());
         try {
             memory_.upload(data(), memory_.extent().rows, memory_.extent().cols, memory_.extent().rows);
+        } catch (const velk::CudaRuntimeException& failure) {
+            tarn::postponeCudaError(failure.code());
         } catch (...) {
-            // The failing call stays in the CUDA error state, which the end of the routine reads.
+            tarn::postponeCudaError(cudaErrorMemoryAllocation);
         }
     }
 

@@ -12,6 +12,8 @@ Stream::Stream()
     const int device = tarn::currentDevice();
     if (!tarn::deviceCanOverlap(device))
         return;
+    // A blocking stream on purpose: its copies start after all that was queued on the legacy default stream before
+    // them, and what is queued there later starts after them.
     CudaErrorGuard guard;
     guard.check(cudaStreamCreate(&stream_));
     device_ = device;
@@ -19,8 +21,10 @@ Stream::Stream()
 
 Stream::~Stream()
 {
-    if (stream_)
-        cudaStreamDestroy(stream_);
+    if (!stream_)
+        return;
+    const ReleaseScope scope;
+    cudaStreamDestroy(stream_);
 }
 
 void Stream::synchronize() const

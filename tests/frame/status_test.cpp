@@ -416,6 +416,16 @@ TEST_F(Lifecycle, ServiceFunctionsAnswerWithoutADevice)
     EXPECT_EQ(message(tarnNoHardware, 0), "No hardware is present to run TARN");
     EXPECT_EQ(message(tarnRuntimeError, 100),
               "CUDA Error:  no CUDA-capable device is detected (see Programmer's Guide)");
+    EXPECT_EQ(tarnInitialize(), tarnNoHardware);
+    EXPECT_EQ(tarnGetErrorInfo(), 0);
+    softdevSetVersions(13000, 0, 13000);
+    EXPECT_EQ(cudaGetLastError(), cudaErrorInsufficientDriver);
+    EXPECT_EQ(tarnGetDeviceCount(&count), tarnNoError);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(message(tarnRuntimeError, 35),
+              "CUDA Error:  CUDA driver version is insufficient for CUDA runtime version (see Programmer's Guide)");
+    EXPECT_EQ(tarnInitialize(), tarnInsufficientRuntime) << "there is no driver";
+    softdevSetVersions(13000, 13000, 130000);
 
     // Two placeholders are not looked at; of many devices the library serves sixteen.
     ASSERT_TRUE(softdevSetDevices({deviceOf(9999, 9999), deviceOf(0, 0)}));

@@ -230,10 +230,8 @@ TEST_F(AllocatorCalls, FailuresAreRaisedByTheirKind)
     } catch (const velk::CudaMemoryException& failure) {
         EXPECT_STREQ(failure.what(), "out of memory");
     }
-    cudaGetLastError();
     softdevFailCall("cudaMallocPitch", 1, 32);
     EXPECT_THROW(pitched.allocate(extent), velk::CudaMemoryException);
-    cudaGetLastError();
     softdevFailCall("cudaMallocHost", 1, 801);
     try {
         pageLocked.allocate(extent);
@@ -242,7 +240,6 @@ TEST_F(AllocatorCalls, FailuresAreRaisedByTheirKind)
         EXPECT_EQ(failure.code(), 801);
         EXPECT_STREQ(failure.what(), "operation not supported");
     }
-    cudaGetLastError();
 
     // An error that is left over from earlier work is raised before the call is made.
     EXPECT_NE(cudaSetDevice(99), cudaSuccess);
@@ -294,7 +291,6 @@ TEST_F(AllocatorCalls, ManagedMemoryReleasesBeforeItAllocates)
 
         softdevFailCall("cudaMalloc", 1, 2);
         EXPECT_THROW(memory.reset({10, 10, 1}), velk::CudaMemoryException);
-        cudaGetLastError();
         EXPECT_TRUE(memory.empty());
         EXPECT_EQ(softdevLive().allocations, 0u);
 

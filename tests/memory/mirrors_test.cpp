@@ -177,10 +177,8 @@ TEST_F(MirrorCalls, AMirrorThatCannotBeMadeLeavesNothingBehind)
     };
     softdevFailCall("cudaMalloc", 2, 2);
     EXPECT_THROW(makeBoth(), velk::CudaMemoryException);
-    cudaGetLastError();
     softdevFailCall("cudaMemcpy2D", 3, 719);
     EXPECT_THROW(makeBoth(), velk::CudaRuntimeException);
-    cudaGetLastError();
     EXPECT_EQ(first, std::vector<float>(4, 1.f));
     EXPECT_EQ(softdevLive().allocations, 0u);
 
@@ -235,6 +233,7 @@ TEST_F(Mirrors, HostMirrorsLookAtTheCallersDeviceArray)
 TEST_F(MirrorCalls, AHostMirrorThatCannotCopyBackFailsTheRoutine)
 {
     const DeviceArray<int> device(4);
+    tarn::enterRoutine();
     softdevFailCall("cudaMemcpy", 1, 719);
     {
         HostMirror<int> mirror({4, 1, 1}, device.data(), 4, MirrorOut);
@@ -246,6 +245,7 @@ TEST_F(MirrorCalls, AHostMirrorThatCannotCopyBackFailsTheRoutine)
         EXPECT_EQ(failure.code(), 719);
     }
     EXPECT_NO_THROW(tarn::finishRoutine());
+    tarn::leaveRoutine();
 }
 
 TEST(MirrorArguments, FollowBetaAndTrans)

@@ -19,6 +19,12 @@ constexpr int smallest = 262144, middle = 1048576, large = 2097152; // elements
 class Pool : public OnMachine
 {
 protected:
+    void SetUp() override
+    {
+        OnMachine::SetUp();
+        tarn::exactPoolBlocks = false;
+    }
+
     void TearDown() override
     {
         OnMachine::TearDown();
@@ -101,18 +107,16 @@ TEST_F(Pool, ClearKeepsWhatIsHeldAndTheNextRequestRefillsOnlyAnEmptyPool)
 TEST_F(Pool, AFullDeviceGivesTheFreeBlocksBackFirst)
 {
     ASSERT_EQ(cudaSetDevice(small), cudaSuccess);
-    constexpr int most = 7 << 20; // elements: 28 of 32 MiB, so that the first fill must go
+    constexpr int most = 7 << 20; // elements: 28 of 32 MiB, so that the first fill but for the block held must go
     const PoolBlock<float> first = acquire(1);
-    EXPECT_THROW(acquire(most), velk::CudaMemoryException) << "the block held is in the way";
-    cudaGetLastError();
+    EXPECT_EQ(acquire(most).memory.size(), most);
+    EXPECT_EQ(softdevLive().bytes, sizeof(float) * (middle + most));
+    EXPECT_THROW(acquire(most + 1), velk::CudaMemoryException) << "the block held is in the way";
     EXPECT_EQ(softdevLive().bytes, sizeof(float) * middle) << "the free ones are gone all the same";
-    EXPECT_NO_THROW(acquire(most - middle));
 
-    const PoolBlock<float> second = acquire(1);
-    EXPECT_EQ(second.memory.size(), most - middle);
+    const PoolBlock<float> second = acquire(most);
     EXPECT_THROW(acquire(large), velk::CudaMemoryException) << "nothing is free any more";
     EXPECT_THROW(acquire((std::int64_t(1) << 32) + 1), velk::CudaMemoryException) << "a size of more than 32 bits";
-    cudaGetLastError();
     EXPECT_EQ(softdevLive().allocations, 2u);
 }
 
@@ -122,7 +126,6 @@ TEST_F(Pool, OtherElementTypesStayInTheWay)
     acquire(1);
     EXPECT_EQ(softdevLive().bytes, fillBytes);
     EXPECT_THROW(acquire<double>(1), velk::CudaMemoryException);
-    cudaGetLastError();
     EXPECT_EQ(softdevLive().bytes, fillBytes);
     tarn::freePools();
     EXPECT_EQ(softdevLive().allocations, 0u);
@@ -132,14 +135,12 @@ TEST_F(Pool, AFirstFillThatFailsKeepsWhatItGot)
 {
     softdevFailCall("cudaMalloc", 3, 32);
     EXPECT_THROW(acquire(1), velk::CudaMemoryException);
-    cudaGetLastError();
     EXPECT_EQ(softdevLive().bytes, sizeof(float) * (large + middle));
     EXPECT_EQ(acquire(1).memory.size(), middle);
     EXPECT_EQ(softdevLive().allocations, 2u) << "used as they are, without another fill";
 
     softdevFailCall("cudaMalloc", 1, 719);
     EXPECT_THROW(acquire(3 * middle), velk::CudaRuntimeException) << "only a lack of memory is worth another try";
-    cudaGetLastError();
     EXPECT_EQ(softdevLive().allocations, 2u);
 }
 
@@ -176,6 +177,48 @@ TEST_F(Pool, ABlockIsHandedOverWhenItsStreamIsDone)
     EXPECT_EQ(waits(StreamHandle::create()), Streams{number(kept)}) << "away from a stream that somebody uses";
     EXPECT_EQ(waits({}), Streams{}) << "nobody can use a stream whose only handle is the block's";
     EXPECT_EQ(softdevLive().streams, 1u);
+}
+
+TEST_F(Pool, ExactBlocksHaveTheirGuardsRightBehindThem)
+{
+    tarn::exactPoolBlocks = true;
+    float* used = nullptr;
+    {
+        const PoolBlock<float> a = acquire(3), b = acquire(5);
+        EXPECT_EQ(a.memory.size(), 3);
+        EXPECT_EQ(b.memory.size(), 5);
+        EXPECT_EQ(softdevLive().bytes, 8 * sizeof(float));
+        used = b.data();
+    }
+    softdevLogStart();
+    const PoolBlock<float> c = acquire(2);
+    const auto log = softdevLogTake();
+    EXPECT_EQ(countCalls(log, "cudaFree"), 2) << "which looks at the guards";
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(), [&](const SoftdevCall& call) {
+        return call.name == "cudaFree" && call.ints[0] == reinterpret_cast<long long>(used);
+    }));
+}
+
+/// A free that fails leaks its block, and is nobody else's error.
+TEST_F(Pool, AFailingFreeIsNotReported)
+{
+    for (const auto giveBack : {tarnFreeBuffers, tarnShutdown}) {
+        ASSERT_EQ(tarnInitialize(), tarnNoError);
+        acquire(1);
+        softdevLogStart();
+        softdevFailCall("cudaFree", 1, 719);
+        giveBack();
+        const auto log = softdevLogTake();
+        const auto failed =
+            std::find_if(log.begin(), log.end(), [](const auto& call) { return call.name == "cudaFree"; });
+        ASSERT_NE(failed, log.end());
+        float x = 1, y = 0;
+        EXPECT_EQ(tarnInitialize(), tarnNoError);
+        EXPECT_EQ(tarnSgemm('N', 'N', 1, 1, 1, 2, &x, 1, &x, 1, 0, &y, 1), tarnNoError);
+        EXPECT_EQ(y, 2);
+        tarnShutdown();
+        EXPECT_EQ(cudaFree(reinterpret_cast<void*>(failed->ints[0])), cudaSuccess);
+    }
 }
 
 TEST_F(Pool, ThreadsNeverShareABlock)

@@ -57,7 +57,7 @@ int blocked(MatrixView<T> A, int nb, int* ipiv)
     const StreamHandle copyStream = StreamHandle::create();
     HostMirror<int> pivotMirror({k, 1, 1}, ipiv, k, MirrorOut);
     int* const pivots = pivotMirror.data();
-    velk::CudaErrorGuard();
+    raiseEarlierErrors();
     int firstSingular = 0;
 
     W.begin();
@@ -81,7 +81,8 @@ int blocked(MatrixView<T> A, int nb, int* ipiv)
         copyStream.synchronize();
         W.placePanel(j, jb);
 
-        // Look-ahead: W(j:m, j+jb:j+jb+w-1), the next panel.
+        // Look-ahead: W(j:m, j+jb:j+jb+w-1), the next panel. Its download follows its update without a wait: the copy
+        // stream is a blocking one, which the legacy default stream of the kernels orders.
         if (w > 0) {
             W.solve(j, jb, j + jb, w);
             if (below > 0) {
