@@ -176,13 +176,12 @@ void printJson(const Options& options, char type, const Solution& s)
 const char* definition(const Options& options, const Solution& s)
 {
     if (options.constrained())
-        return "the larger of norm1(B x - d) / (n (norm1(B) norm1(x) + norm1(d)) eps)\n"
-               "                and norm1(Z' A' (A x - c)) / (n norm1(A) (norm1(A) norm1(x) + norm1(c)) eps), B Z = 0,";
-    if (s.m > s.n)
-        return "norm1(A' (B - A X)) / (m norm1(A) norm1(B) eps),";
-    return s.m == s.n ? "norm1(B - A X) / (n norm1(A) norm1(X) eps),"
-                      : "the larger of norm1(B - A X) / (n norm1(A) norm1(X) eps)\n"
-                        "                and norm1(Z' X) / (n norm1(X) eps), A Z = 0,";
+        return "the larger of norm2(B x - d) / ((normF(B) norm2(x) + norm2(d)) eps) and of\n"
+               "                the least change of A that makes x optimal over normF(A) eps,";
+    if (s.m >= s.n)
+        return "least change of A that makes X optimal over normF(A) eps,";
+    return "the larger of norm2(b - A x) / (normF(A) norm2(x) eps)\n"
+           "                and norm2(Z' x) / (norm2(x) eps), A Z = 0,";
 }
 
 void printText(const Options& options, char type, const Solution& s)

@@ -116,7 +116,7 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
         multiplyAdd(rest, Wide<T>(-1), 'N', scaled(d, int(d.spectrum.values.size())), convert<Wide<T>>(d.vt));
         quality.backwardError = norm == 0 ? normF(rest) : normF(rest) / (longer * norm * epsilon<T>);
         quality.orthogonality =
-            std::max(orthogonalityOf(d.u), orthogonalityOf(convert<T>(adjoint(d.vt)))) / (longer * epsilon<T>);
+            std::max(orthogonalityOf(d.u), orthogonalityOf(adjoint(d.vt))) / (longer * epsilon<T>);
     }
     if (options.rank > 0) {
         const Matrix<T> nearest = approximation(d, options.rank);

@@ -9,8 +9,6 @@
 
 extern "C" void zgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*,
                        const int*, const void*, const int*, const void*, void*, const int*, std::size_t, std::size_t);
-extern "C" void zgels_(const char*, const int*, const int*, const int*, void*, const int*, void*, const int*, void*,
-                       const int*, int*, std::size_t);
 
 namespace test {
 
@@ -50,18 +48,6 @@ inline WideMatrix rowsOf(const WideMatrix& A, int first, int last)
     return B;
 }
 
-/// Z^H X, the columns of Z an orthonormal basis of what is orthogonal to the columns of A, m by n with m >= n.
-inline WideMatrix outsideRange(WideMatrix A, WideMatrix X)
-{
-    if (A.n == 0)
-        return X;
-    const int nrhs = X.n, lwork = A.n + 64 * std::max(A.n, nrhs);
-    std::vector<tarn::Complex<double>> work(lwork);
-    int info = 0;
-    zgels_("N", &A.m, &A.n, &nrhs, A.data(), &A.ld, X.data(), &X.ld, work.data(), &lwork, &info, 1);
-    return rowsOf(X, A.n, A.m);
-}
-
 /// norm1(P A - L U) / (max(m, n) norm1(A) eps) of a factorisation in LAPACK's layout; infinite if a pivot is not in its
 /// range.
 template <class T>
@@ -97,37 +83,5 @@ double solveRatio(const Matrix<T>& A, const Matrix<T>& B, const Matrix<T>& X)
 
 /// A NaN counts as larger than any number.
 inline double larger(double a, double b) { return std::isnan(a) || a > b ? a : b; }
-
-/// Least squares: norm1(E^H (B - E X)) / (max(m, n, nrhs) norm1(E) norm1(B) eps), E = op(A). With more unknowns than
-/// equations the larger of norm1(B - E X) / (max(m, n, nrhs) norm1(E) norm1(X) eps) and the part of X outside the range
-/// of E^H over max(m, n, nrhs) norm1(X) eps. B and X have max(m, n) rows, of which the first count.
-template <class T>
-double gelsRatio(char trans, const Matrix<T>& A, const Matrix<T>& B, const Matrix<T>& X)
-{
-    WideMatrix E = trans == 'N' ? widened(A) : adjoint(widened(A));
-    WideMatrix x = rowsOf(widened(X), 0, E.n), R = rowsOf(widened(B), 0, E.m);
-    const double unit = std::max({E.m, E.n, B.n}) * eps<T>, normB = norm1(R);
-    multiplyAdd(-1, E, x, 1, R);
-    if (E.m < E.n)
-        return larger(norm1(R) / norm1(E), norm1(outsideRange(adjoint(E), x))) / (unit * norm1(x));
-    WideMatrix gradient(E.n, B.n);
-    multiplyAdd(1, 'C', E, 'N', R, 0, gradient);
-    return norm1(gradient) / (unit * norm1(E) * normB);
-}
-
-/// The larger of norm(B x - d) / (n (norm(B) norm(x) + norm(d)) eps) and
-/// norm(Z^H A^H (A x - c)) / (n norm(A) (norm(A) norm(x) + norm(c)) eps), Z a basis of the null space of B; 1-norms.
-template <class T>
-double gglseRatio(const Matrix<T>& A, const Matrix<T>& B, const Matrix<T>& c, const Matrix<T>& d, const Matrix<T>& x)
-{
-    WideMatrix a = widened(A), b = widened(B), y = widened(x), r = widened(c), e = widened(d), gradient(A.n, 1);
-    multiplyAdd(1, a, y, -1, r);
-    multiplyAdd(1, b, y, -1, e);
-    multiplyAdd(1, 'C', a, 'N', r, 0, gradient);
-    const double unit = A.n * eps<T>, normA = norm1(A), normX = norm1(x);
-    const double constraints = norm1(e) / (unit * (norm1(B) * normX + norm1(d)));
-    const double optimality = norm1(outsideRange(adjoint(b), gradient)) / (unit * normA * (normA * normX + norm1(c)));
-    return larger(B.m > 0 ? constraints : 0.0, A.m > 0 && B.m < A.n ? optimality : 0.0);
-}
 
 } // namespace test

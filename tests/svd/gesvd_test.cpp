@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <set>
 
@@ -212,12 +213,42 @@ TYPED_TEST(Gesvd, WhatIsNotFiniteEndsAndDoesNotLookLikeAResult)
     expectDecompositions(Matrix<T>::random(50, 40, 50), {"SS"});
 }
 
+/// A data error delivers what there is, and nothing that the device's memory held before.
+TYPED_TEST(Gesvd, ADataErrorShowsNothingOfEarlierCalls)
+{
+    using T = TypeParam;
+    if (!onSoftwareDevice)
+        GTEST_SKIP() << "needs the controls of the software device";
+    softdevSetPoison(true); // a NaN that no computation makes
+    const auto poison = DeviceArray<T>(1).download()[0];
+    int errors = 0;
+    for (const auto& [m, n] : {std::pair{90, 40}, {40, 90}, {40, 40}})
+        for (const char* jobs : {"SS", "AA", "NS", "SN", "OS", "SO"}) {
+            SCOPED_TRACE(testing::Message() << jobs << ", " << m << " x " << n);
+            auto A = Matrix<T>::random(m, n, m);
+            A(m / 2, n / 3) = NAN * T(1);
+            const Decomposition<T> D(A, jobs, Form::host);
+            errors += D.status == tarnDataError;
+            for (Matrix<T> delivered : {D.a, D.u, D.vt})
+                delivered.each([&](const T& x) { ASSERT_NE(std::memcmp(&x, &poison, sizeof x), 0); });
+        }
+    softdevSetPoison(false);
+    EXPECT_GT(errors, 10);
+}
+
 TYPED_TEST(Gesvd, EmptyProblemsAndUnusedArrays)
 {
     using T = TypeParam;
     for (const auto gesvd : {Api<T>::gesvd, Api<T>::deviceGesvd})
         for (const auto& [m, n] : {std::pair{0, 5}, {5, 0}})
             EXPECT_EQ(gesvd('A', 'S', m, n, nullptr, 5, nullptr, nullptr, 5, nullptr, 5), tarnNoError);
+    const auto before = Matrix<T>::random(5, 5, 5);
+    for (const auto& [m, n, jobs] : {std::tuple{0, 5, "NA"}, {5, 0, "AN"}}) {
+        auto u = before, vt = before;
+        EXPECT_EQ(Api<T>::gesvd(jobs[0], jobs[1], m, n, nullptr, 5, nullptr, native(u.data()), 5, native(vt.data()), 5),
+                  tarnNoError);
+        EXPECT_TRUE(identical(u, before) && identical(vt, before));
+    }
 
     auto A = Matrix<T>::random(30, 40, 30);
     const auto expected = singularValues(widened(A));

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
 
 namespace {
 
@@ -44,7 +45,7 @@ Matrix<T> gels(FortranGels<T>* routine, const Matrix<double>& a, const Matrix<do
     const int one = 1;
     int info = -1;
     withWorkspace<T>([&](T* work, const int* lwork) {
-        routine("N", &a.rows, &a.cols, &one, factors.values.data(), &a.rows, x.values.data(), &a.rows, work, lwork,
+        routine("N", &a.rows, &a.cols, &one, factors.values.data(), &a.rows, x.values.data(), &x.rows, work, lwork,
                 &info, 1);
     });
     EXPECT_EQ(info, 0);
@@ -119,6 +120,51 @@ TEST(CurveFit, TheCurveIsInItsBasisAndTheNoiseIsWhatWasAskedFor)
     EXPECT_NEAR(std::sqrt(sum / 4000), 0.05, 0.005);
     EXPECT_EQ(noisy.values(0, 0), 1.0 / 26);
     EXPECT_EQ(noisy.constraints(1, 0), 1);
+}
+
+/// Matrix of elements from -1 to 1, from a fixed seed.
+Matrix<float> randomMatrix(int rows, int cols)
+{
+    Matrix<float> a(rows, cols);
+    std::mt19937 engine(rows + cols);
+    std::uniform_real_distribution<float> element(-1, 1);
+    std::generate(a.values.begin(), a.values.end(), [&] { return element(engine); });
+    return a;
+}
+
+/// What double precision makes of a problem has a small backward error, and the same times 1.001 a large one.
+void expectToSeeAnErrorOfAThousandth(const Matrix<float>& a, const Matrix<float>& b)
+{
+    const Matrix<double> rhs = convert<double>(b);
+    Matrix<double> padded(std::max(a.rows, a.cols), b.cols);
+    std::copy_n(rhs.column(0), a.rows, padded.column(0));
+    Matrix<float> x = convert<float>(gels<double>(dgels_, convert<double>(a), padded));
+    EXPECT_LT(leastSquaresBackwardError(a, b, x), 1);
+    for (float& element : x.values)
+        element *= 1.001f;
+    EXPECT_GT(leastSquaresBackwardError(a, b, x), 10);
+    std::fill(x.values.begin(), x.values.end(), 0.f);
+    EXPECT_GT(leastSquaresBackwardError(a, b, x), 10);
+}
+
+TEST_F(Survey, TheBackwardErrorSeesAThousandth)
+{
+    expectToSeeAnErrorOfAThousandth(convert<float>(a), convert<float>(b));
+    for (const auto& [m, n] : {std::pair{20000, 20}, {300, 290}, {64, 64}, {20, 2000}})
+        expectToSeeAnErrorOfAThousandth(randomMatrix(m, n), randomMatrix(m, 1));
+
+    for (const int p : {20, 110}) {
+        Matrix<float> equations, constraints, c, d;
+        Matrix<float> x = convert<float>(gglse<double>(a, b, p, [&](auto& a1, auto& b1, auto& c1, auto& d1, auto& x1) {
+            equations = convert<float>(a1), constraints = convert<float>(b1);
+            c = convert<float>(c1), d = convert<float>(d1);
+            return cpuGglse<double>(dgglse_)(a1, b1, c1, d1, x1);
+        }));
+        EXPECT_LT(constrainedBackwardError(equations, c, constraints, d, x), 1) << p;
+        for (float& element : x.values)
+            element *= 1.001f;
+        EXPECT_GT(constrainedBackwardError(equations, c, constraints, d, x), 10) << p;
+    }
 }
 
 /// The errors that the tool prints must see a wrong solution of each kind.

@@ -21,7 +21,8 @@ tarnStatus hostGels(char trans, int m, int n, int nrhs, T* a, int lda, T* b, int
 {
     return hostForm<T>([&] {
         qr::checkGels(trans, m, n, nrhs, a, lda, b, ldb);
-        DeviceMirror<T> A({m, n, 1}, a, lda, MirrorIn | MirrorOut);
+        // Where there is nothing to solve A is not looked at, and may be null.
+        DeviceMirror<T> A({m, n, 1}, a, lda, nrhs == 0 ? 0 : MirrorIn | MirrorOut);
         DeviceMirror<T> B({std::max(m, n), nrhs, 1}, b, ldb, MirrorIn | MirrorOut);
         return finished(deviceGels(trans, m, n, nrhs, A.data(), A.deviceLd(), B.data(), B.deviceLd()));
     });

@@ -26,6 +26,8 @@ tarnStatus hostGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, Real<T>
     return hostForm<T>([&] {
         svd::checkGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
         const int k = std::min(m, n);
+        if (k == 0)
+            return finished(tarnNoError);
         DeviceMirror<T> A({m, n, 1}, a, lda, MirrorIn | MirrorOut);
         DeviceMirror<Real<T>> values({k, 1, 1}, s, k, MirrorOut);
         DeviceMirror<T> U({m, jobu == 'A' ? m : jobu == 'S' ? k : 1, 1}, u, ldu, mirrorByJob(jobu));

@@ -1,5 +1,6 @@
 #include "blas/cublas.h"
 #include "frame/exceptions.h"
+#include "lapack/kernels.h"
 #include "lapack/qr/qr.h"
 #include "memory/matrix_view.h"
 #include "memory/memory_pool.h"
@@ -81,6 +82,8 @@ void gglse(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T* d, T* x)
     const PoolBlock<T> taua = MemoryPool<T>::instance().acquire(std::min(m, n));
     const MatrixView<T> A{a, m, n, lda}, B{b, p, n, ldb};
 
+    // What a data error leaves of x is zero, not what the memory held before.
+    kernel::SetVectorZero(n, x, 1);
     ggrqf(p, m, n, b, ldb, taub.data(), a, lda, taua.data());
     ormqr('L', 'C', m, 1, std::min(m, n), a, lda, taua.data(), c, std::max(1, m));
 

@@ -102,6 +102,12 @@ void copy(char part, int m, int n, MatrixView<T> from, MatrixView<T> to)
 }
 
 template <class T>
+void clear(int m, int n, MatrixView<T> M)
+{
+    kernel::SetMatrixZero(m, n, M.data, M.ld);
+}
+
+template <class T>
 class Decomposition
 {
 public:
@@ -183,7 +189,16 @@ void Decomposition<T>::factorFirst(const Plan& plan)
         generatePh(right, k, k, k);
     if (left.data)
         generateQ(left, k, k, k);
-    iterate('U', right.data ? k : 0, right, left.data ? k : 0, left);
+    try {
+        iterate('U', right.data ? k : 0, right, left.data ? k : 0, left);
+    } catch (const InfoException&) {
+        // The arrays that only the steps below write are zero then, not what their memory held before.
+        if (plan.product == LongVectors)
+            clear(m, n, at[LongVectors]);
+        if (plan.ofShort == InA && isOneOf(jobShort, "SA"))
+            clear(k, k, at[ShortVectors]);
+        throw;
+    }
 
     // The long vectors Q U1, and all vectors to where the jobs want them.
     const auto wanted = [&](char job, Place vectors) { return at[job == 'O' ? InA : vectors]; };
