@@ -116,6 +116,8 @@ Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T
     const Matrix<T> b = toSingle<T>(options.constraints, *files.constraints);
     const Matrix<T> d = toSingle<T>(options.constraintRhs, *files.constraintRhs);
     Matrix<T> factorsA = a, factorsB = b, values = c, limits = d, x(a.cols, 1);
+    if (a.rows == 0) // the routine wants addresses all the same
+        factorsA.values.resize(1), values.values.resize(1);
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
         status =

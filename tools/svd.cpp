@@ -57,9 +57,15 @@ Decomposition<T> decompose(const Options& options, Matrix<T> a)
                       result.spectrum.values.data(), result.u.values.data(), result.u.ld(), result.vt.values.data(),
                       result.vt.ld());
     });
-    if (const tarnInfo info = tarnGetErrorInfo(); status == tarnDataError && info > 0)
-        throw Failure(fmt::format("{}: the iteration did not converge: {} values are not there", options.matrix, info));
+    if (const tarnInfo info = tarnGetErrorInfo(); status == tarnDataError && info > 0) {
+        // With vectors the info counts the values that are missing, without it is a code of the routine that finds them.
+        const std::string missing = job == 'S' ? fmt::format(": {} values are not there", info) : "";
+        throw Failure(options.matrix + ": the iteration did not converge" + missing);
+    }
     check(status, isComplex<T> ? "tarnCgesvd" : "tarnSgesvd");
+    const auto& values = result.spectrum.values;
+    if (!std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); }))
+        throw Failure(options.matrix + ": the singular values do not fit single precision");
     return result;
 }
 
