@@ -126,7 +126,7 @@ __device__ __forceinline__ void addHalves(GemvBlock<T, TILE, TY> shared)
 
 /// y := alpha A^T x + beta y, or A^H if conj; increments positive. One block per TILE columns of A: no column spans two
 /// blocks, and the order of additions is the same for every grid. mAligned: m without the rows of the last, partial
-/// chunk of TILE * TY rows. y is not read where beta is 0.
+/// chunk of TILE * TY rows. y is not read where beta is 0, A and x are not where alpha is 0.
 template <class T, int TILE, int TY, bool conj>
 __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda, T beta, const T* x, int incx, T* y,
                         int incy)
@@ -138,9 +138,10 @@ __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda
     const GemvBlock<T, TILE, TY> shared{x_smem, A_smem, acc};
 
     block.eachAlongY([&](int tx, int ty) { acc[shared.index(tx, ty)] = {T(0), T(0)}; });
-    for (int i = 0; i < mAligned; i += TILE * TY)
+    const bool readA = alpha != T(0);
+    for (int i = 0; readA && i < mAligned; i += TILE * TY)
         addChunk<conj, false>(shared, i, m, n, A, lda, x, incx);
-    if (mAligned < m)
+    if (readA && mAligned < m)
         addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
 
     block.eachAlongY([&](int tx, int ty) {

@@ -35,8 +35,8 @@ __device__ __forceinline__ void prefetchRows(T* A, int lda, int line0, int j, bo
         prefetchBlock<N, 1>(static_cast<const T*>(A) + offset(line0, j, lda), lda);
 }
 
-/// Products rounded by themselves in single precision, never fused with the addition that follows: a rotation with c =
-/// 1 and s = 0 leaves the matrix as it is.
+/// Products rounded by themselves in single precision, never fused with the addition that follows: the bits of a result
+/// are those of LAPACK's slasr, on every device.
 __device__ __forceinline__ float mul(float a, float b) { return __fmul_rn(a, b); }
 __device__ __forceinline__ double mul(double a, double b) { return a * b; }
 

@@ -248,11 +248,13 @@ __global__ void symv_init_k(int n, T, const T*, int, const T*, int, T beta, T* y
 
 /// Adds alpha A x to y or to the workspace. Block b owns the diagonal block b and the panels of the stored triangle in
 /// its block column (lower) or block row (upper). uploType 1: lower; boundsType 1: n is a multiple of NB, nothing is
-/// tested against it; sumType: see PartialSums.
+/// tested against it; sumType: see PartialSums. A and x are not read where alpha is 0.
 template <class T, int uploType, int boundsType, int sumType, int NB>
 __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx, T, T* y, int incy, T* work)
 {
     constexpr bool lower = uploType == 1, bounded = boundsType == 0;
+    if (alpha == T(0))
+        return;
     __shared__ T aa[16 * tilePitch], xx_n[NB], xx_t[NB];
     const Threads block;
     Private<T, Threads::threads> acc;

@@ -150,6 +150,32 @@ TYPED_TEST(Level2, SymvSizesAroundTheKernelsThreshold)
             expectSymv<T>(uplo, stored<T>(uplo, n), {v});
 }
 
+/// With alpha 0 the result is beta y, whatever stands in A and x.
+TYPED_TEST(Level2, AlphaOf0ReadsNeitherMatrixNorX)
+{
+    using T = TypeParam;
+    const T alpha(0), beta = scalar<T>(0.6, -1.3);
+    for (const int n : {40, 1210}) {
+        Matrix<T> A(n, n), x(n, 1), y0 = Matrix<T>::random(n, 1, n, 3);
+        A.each([](T& a) { a = notANumber<T>(); });
+        x.each([](T& a) { a = notANumber<T>(); });
+        const auto expectBetaY = [&](char letter, const auto& call) {
+            SCOPED_TRACE(testing::Message() << letter << " " << n);
+            auto y = y0;
+            EXPECT_EQ(call(native(A.data()), native(x.data()), native(y.data())), tarnNoError);
+            EXPECT_LE(ratio(y, {}, beta, y0), bound);
+        };
+        for (const char trans : {'N', 'T', 'C'})
+            expectBetaY(trans, [&](auto* a, auto* px, auto* y) {
+                return Routines<T>::gemv[onHost](trans, n, n, native(alpha), a, n, px, 1, native(beta), y, 1);
+            });
+        for (const char uplo : {'U', 'L'})
+            expectBetaY(uplo, [&](auto* a, auto* px, auto* y) {
+                return symvOrHemv<T>()[onHost](uplo, n, native(alpha), a, n, px, 1, native(beta), y, 1);
+            });
+    }
+}
+
 TYPED_TEST(Level2, SymvScalarsAndIncrements)
 {
     using T = TypeParam;

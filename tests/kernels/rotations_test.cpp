@@ -89,19 +89,6 @@ TYPED_TEST(Rotations, FollowTheTextbook)
             }
 }
 
-TYPED_TEST(Rotations, ByNothingLeaveEveryBit)
-{
-    using T = TypeParam;
-    using R = tarn::Real<T>;
-    const int n = 257;
-    const DeviceArray<R> ones(std::vector<R>(n, R(1))), zeros(std::vector<R>(n, R(0)));
-    for (const char side : {'l', 'r'})
-        for (const char direct : {'f', 'b'})
-            expectSame<T>(
-                n, n, [&](T* a, int lda) { kernel::LASR(side, 'v', direct, n, n, ones.data(), zeros.data(), a, lda); },
-                [](auto&) {});
-}
-
 TYPED_TEST(Rotations, OtherPivotsDoNothing)
 {
     using T = TypeParam;
