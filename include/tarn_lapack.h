@@ -18,7 +18,12 @@
  *   tarnInsufficientMemory              host or device memory ran out; arrays in host memory are unchanged
  *   tarnBlasError, tarnRuntimeError     info: the code of cuBLAS or CUDA; arrays in host memory are unchanged
  *
- * and what its own comment adds.
+ * and what its own comment adds. Results are copied back to host memory when the status is decided: a copy that fails
+ * then is not reported.
+ *
+ * Device forms run on the legacy default stream. They wait for work on ordinary streams, but not for streams made with
+ * cudaStreamNonBlocking: synchronise those first. An error of a kernel that CUDA calls sticky, such as an illegal
+ * address, makes every later call fail until the process ends.
  */
 #ifndef TARN_LAPACK_H
 #define TARN_LAPACK_H
@@ -169,7 +174,7 @@ TARN_API tarnStatus tarnDeviceCgeqrf(int m, int n, tarnDeviceFloatComplex* a, in
  * the sense of least squares, with fewer by the solution of least norm. op(A) = A ("N") or A^H ("C"; "T" means the same
  * for real and complex A).
  *
- *   m, n   rows and columns of A;  nrhs  columns of B
+ *   m, n   rows and columns of A;  nrhs  columns of B, at most 1,048,560
  *   a      m by n, lda >= max(1, m); out: the QR factorisation as of geqrf for m >= n, else the LQ factorisation: L on
  *          and below the diagonal, the vectors of the reflectors as rows to its right
  *   b      max(m, n) rows, nrhs columns, ldb >= max(1, m, n); in: the right-hand sides in the first rows; out: X in the
@@ -200,7 +205,7 @@ TARN_API tarnStatus tarnDeviceCgels(char trans, int m, int n, int nrhs, tarnDevi
  *   x         out: n elements
  *
  * tarnDataError: info 1, B has not full row rank; info 2, A and B together have not full column rank (by an exact zero
- * on the diagonal of a triangular factor). x is no solution then.
+ * on the diagonal of a triangular factor). x is no solution then, but zero where it was not reached.
  * tarnArgumentError: -1 m, -2 n, -3 p, -4 a is null, -5 lda, -6 b is null, -7 ldb, -8 c is null, -9 d is null, -10 x is
  * null; b and d may be null for p = 0. Work: 2 n p^2 - 2/3 p^3 for p <= n, 4 m n p - 2 m p^2, and the flops of geqrf of
  * A (times 4 for complex).
@@ -228,7 +233,11 @@ TARN_API tarnStatus tarnDeviceCgglse(int m, int n, int p, tarnDeviceFloatComplex
  *   vt     ldvt >= 1, and n for "A", k for "S"; not used for "O" and "N", and may be null then
  *
  * tarnDataError: info i > 0, the iteration did not converge; i off-diagonal elements of the bidiagonal matrix are not
- * zero (with both jobs "N": info of the CPU LAPACK's lasq1). s, u and vt hold the state reached.
+ * zero (with both jobs "N": info of the CPU LAPACK's lasq1). s, u and vt hold the state reached; vectors that only the
+ * last steps would have written are zero.
+ *
+ * A is not scaled. With vectors, singular values below some 6 k^2 1.2e-38 count as zero (for k = 400 entries of 1e-34
+ * keep no digit): scale such a matrix first. Values only are right there too.
  * tarnArgumentError: -1 jobu, -2 jobvt, -3 m, -4 n, -5 a is null, -6 lda, -7 s is null, -8 u is null, -9 ldu, -10 vt is
  * null, -11 ldvt. Work for m >= n, of which the iteration's part is an estimate: 4 m n^2 - 4/3 n^3 flops for the
  * values, 14 m n^2 + 8 n^3 with both jobs "S", 4 m^2 n + 8 m n^2 + 9 n^3 with both "A" (times 4 for complex).
@@ -287,7 +296,8 @@ TARN_API tarnStatus tarnDeviceZgemm(char transa, char transb, int m, int n, int 
  *   m, n     rows and columns of B;  lda >= order of A, ldb >= m
  *
  * tarnArgumentError: -1 side, -2 uplo, -3 transa, -4 diag, -5 m, -6 n, -8 a, -9 lda, -10 b, -11 ldb; null arrays count
- * only if m and n are non-zero. A singular A is not noticed. Work: m^2 n or m n^2 flops (times 4 for complex).
+ * only if m and n are non-zero. A singular A is not noticed. With alpha 0 X is zero; with m and n from 512 on A is read
+ * all the same, and a NaN in it shows. Work: m^2 n or m n^2 flops (times 4 for complex).
  */
 TARN_API tarnStatus tarnStrsm(char side, char uplo, char transa, char diag, int m, int n, tarnFloat alpha, tarnFloat* a,
                               int lda, tarnFloat* b, int ldb);
@@ -387,7 +397,8 @@ TARN_API tarnStatus tarnDeviceZhemm(char side, char uplo, int m, int n, tarnDoub
  *   uplo   "U" or "L": the triangle of C that is read and written
  *   trans  "N" or "T", for herk "N", "T" or "C": which of the two
  *   n, k   A is n by k for "N", else k by n, lda >= max(1, rows of A)
- *   c      ldc >= max(1, n); the triangle counts as zero where beta is 0. herk leaves its diagonal real
+ *   c      ldc >= max(1, n); the triangle counts as zero where beta is 0. herk leaves its diagonal real,
+ *          unless beta is 1 and alpha or k is 0: then C stays as it is
  *
  * tarnArgumentError: -1 uplo, -2 trans, -3 n, -4 k, -6 a, -7 lda, -9 c, -10 ldc; null arrays count only if n and k are
  * non-zero. Work: n^2 k flops (times 4 for complex).
@@ -429,7 +440,8 @@ TARN_API tarnStatus tarnDeviceZherk(char uplo, char trans, int n, int k, tarnDou
  *   uplo   "U" or "L": the triangle of C that is read and written
  *   trans  "N" or "T" for syr2k, "N" or "C" for her2k: which of the two
  *   n, k   A and B are n by k for "N", else k by n, lda >= rows of A, ldb >= rows of B
- *   c      ldc >= n; the triangle counts as zero where beta is 0. her2k leaves its diagonal real
+ *   c      ldc >= n; the triangle counts as zero where beta is 0. her2k leaves its diagonal real,
+ *          unless beta is 1 and alpha or k is 0: then C stays as it is
  *
  * tarnArgumentError: -1 uplo, -2 trans, -3 n, -4 k, -6 a, -7 lda, -8 b, -9 ldb, -11 c, -12 ldc; null arrays count only
  * if n and k are non-zero. Work: 2 n^2 k flops (times 4 for complex).
