@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -227,10 +228,34 @@ TEST_F(Paths, GemvRunsTheKernelForTransposedProducts)
     on<float>(90, [](float* a) {
         softdevLogStart();
         EXPECT_EQ(tarnDeviceSgemv('T', 40, 33, 1, a, ldOfAll, a, 1, 0, a, 1), tarnNoError);
-        for (const SoftdevCall& call : softdevLogTake())
-            if (call.name == "gemvt_k") {
-                EXPECT_EQ(call.ints, (std::vector<long long>{2, 1, 1, 32, 16, 1}));
-            }
+        const auto log = softdevLogTake();
+        const auto launch =
+            std::find_if(log.begin(), log.end(), [](const SoftdevCall& call) { return call.name == "gemvt_k"; });
+        ASSERT_NE(launch, log.end());
+        EXPECT_EQ(launch->ints, (std::vector<long long>{2, 1, 1, 32, 16, 1}));
+    });
+}
+
+TEST_F(Paths, WhatBetaOf0HidesIsNotSent)
+{
+    on<float>(90, [](float*) {
+        std::vector<float> a(25, 1), x(25, 1), y(25, 1);
+        const auto sent = [](const std::function<tarnStatus()>& call) {
+            softdevLogStart();
+            EXPECT_EQ(call(), tarnNoError);
+            const auto log = softdevLogTake();
+            return std::count_if(log.begin(), log.end(), [](const SoftdevCall& copy) {
+                return copy.name.rfind("cudaMemcpy", 0) == 0 && copy.ints.back() == cudaMemcpyHostToDevice;
+            });
+        };
+        float* const p[] = {a.data(), x.data(), y.data()};
+        for (const float beta : {0.f, 2.f}) {
+            const long expected = beta == 0 ? 2 : 3;
+            EXPECT_EQ(sent([&] { return tarnSgemm('N', 'N', 5, 5, 5, 1, p[0], 5, p[1], 5, beta, p[2], 5); }), expected);
+            EXPECT_EQ(sent([&] { return tarnSsymm('L', 'U', 5, 5, 1, p[0], 5, p[1], 5, beta, p[2], 5); }), expected);
+            EXPECT_EQ(sent([&] { return tarnSgemv('T', 5, 5, 1, p[0], 5, p[1], 1, beta, p[2], 1); }), expected);
+            EXPECT_EQ(sent([&] { return tarnSsymv('L', 5, 1, p[0], 5, p[1], 1, beta, p[2], 1); }), expected);
+        }
     });
 }
 

@@ -194,6 +194,7 @@ TYPED_TEST(LeastSquares, DependentConstraintsAndUndeterminedUnknowns)
 {
     using T = TypeParam;
     const int n = 2 * this->block + 9, p = this->block + 2, m = n + 4;
+    softdevSetPoison(true);
     for (const Form form : {Form::host, Form::device})
         for (const bool dependent : {true, false}) {
             // B = (0 I) makes Q a diagonal matrix, so that the zero column of A stays one.
@@ -207,8 +208,10 @@ TYPED_TEST(LeastSquares, DependentConstraintsAndUndeterminedUnknowns)
             EXPECT_EQ(problem.solve(form), tarnDataError);
             EXPECT_EQ(tarnGetErrorInfo(), dependent ? 1 : 2);
             EXPECT_EQ(tarnGetLastStatus(), tarnDataError);
+            EXPECT_TRUE(std::isfinite(norm1(problem.x))) << "nothing that the device's memory held before";
             EXPECT_TRUE(problem.A.paddingIntact() && problem.B.paddingIntact());
         }
+    softdevSetPoison(false);
 }
 
 } // namespace

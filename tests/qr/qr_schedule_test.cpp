@@ -2,6 +2,7 @@
 // failure on the way leaves behind.
 #include "qr/factors.h"
 #include "support/forms.h"
+#include "support/schedule.h"
 #include "tarn_core.h"
 
 #include <gtest/gtest.h>
@@ -30,25 +31,15 @@ protected:
     const Initialized library;
 };
 
-/// The products, copies beside the default stream and waits for one in a log, a letter each.
-std::string steps(const std::vector<SoftdevCall>& log)
-{
-    std::string letters;
-    for (const SoftdevCall& call : log)
-        letters += call.name == "cublasSgemm_v2"                                        ? "p"
-                   : call.name == "cudaMemcpyAsync" || call.name == "cudaMemcpy2DAsync" ? "c"
-                   : call.name == "cudaStreamSynchronize"                               ? "w"
-                                                                                        : "";
-    return letters;
-}
-
 TEST_F(QrSchedule, TheNextPanelLeavesBeforeTheRestIsUpdated)
 {
-    // Rounds from columns 1, 97, 193 and 289. Each: wait for the panel, T^H V^H, two products for the next panel, its
-    // copy, and two for the rest, which the last round has not got. The last look-ahead is not used.
-    EXPECT_EQ(steps(logOfGeqrf(500, 400)), "cwpppcppwpppcppwpppcppwpppcw");
-    EXPECT_EQ(steps(logOfGeqrf(nb + 1, 3 * nb)), "cwpppcppw");
-    EXPECT_EQ(steps(logOfGeqrf(5 * nb, nb)), "") << "one panel is the CPU's alone";
+    // Rounds from columns 1, 97, 193 and 289. Each: wait for the panel, send it and T, T^H V^H, two products for the
+    // next panel, its copy, and two for the rest, which the last round has not got. The last look-ahead is not used.
+    const std::string begin = "ssac", round = "wsspppcpp", last = "wsspppc", end = "wsssDDss";
+    EXPECT_EQ(steps(logOfGeqrf(500, 400)), begin + round + round + round + last + end);
+    EXPECT_EQ(steps(logOfGeqrf(nb + 1, 3 * nb)), begin + round + end);
+    EXPECT_EQ(steps(logOfGeqrf(5 * nb, nb)), "sssssDDss") << "one panel is the CPU's alone";
+    expectCopiesThroughOneBuffer(logOfGeqrf(500, 400));
     EXPECT_EQ(countCalls(logOfGeqrf(0, 5), "cudaMalloc"), 0);
 }
 
