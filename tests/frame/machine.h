@@ -14,6 +14,7 @@ enum DeviceKind
     withoutDouble,   ///< capability 1.2
     tiny,            ///< 9.0 with 1 MiB
     small,           ///< 9.0 with 32 MiB: less than two first fills of pools
+    vast,            ///< 9.0 with 64 GiB, of which only pages that somebody touches take memory
     narrow           ///< 9.0 with at most 16 blocks along x
 };
 
@@ -29,6 +30,7 @@ public:
         devices[withoutDouble] = deviceOf(1, 2);
         devices[tiny].memory = std::size_t(1) << 20;
         devices[small].memory = std::size_t(32) << 20;
+        devices[vast].memory = std::size_t(64) << 30;
         devices[narrow].maxGrid[0] = 16;
         ASSERT_TRUE(softdevSetDevices(devices));
     }

@@ -44,6 +44,64 @@ TYPED_TEST(Kernels, TransposesEveryShape)
         }
 }
 
+class Vast : public OnMachine
+{
+protected:
+    void SetUp() override
+    {
+        OnMachine::SetUp();
+        if (softdevChecked())
+            GTEST_SKIP() << "checked builds touch all memory";
+        ASSERT_EQ(cudaSetDevice(vast), cudaSuccess);
+        tarn::bindThreadDevice();
+    }
+
+    static std::vector<float> columnAt(const float* a, std::int64_t offset)
+    {
+        std::vector<float> column(2);
+        EXPECT_EQ(cudaMemcpy(column.data(), a + offset, 2 * sizeof(float), cudaMemcpyDeviceToHost), cudaSuccess);
+        return column;
+    }
+    static void setColumnAt(float* a, std::int64_t offset, const std::vector<float>& column)
+    {
+        EXPECT_EQ(cudaMemcpy(a + offset, column.data(), 2 * sizeof(float), cudaMemcpyHostToDevice), cudaSuccess);
+    }
+    using Column = std::vector<float>;
+};
+
+/// Columns so far apart that their offsets, in elements, do not fit 32 bits.
+TEST_F(Vast, OffsetsHave64Bits)
+{
+    const int lda = (1 << 30) + 7;
+    const DeviceArray<float> matrix(std::size_t(lda) * 3 + 2), packed(8);
+    float* const a = matrix.data();
+    for (int j = 0; j < 4; ++j)
+        setColumnAt(a, std::int64_t(j) * lda, {10.f * j, 10.f * j + 1});
+    tarn::kernel::CopyMatrix(2, 4, packed.data(), 2, a, lda);
+    EXPECT_EQ(packed.download(), (Column{0, 1, 10, 11, 20, 21, 30, 31}));
+
+    const int rows[] = {2}, columns[] = {4};
+    tarn::kernel::LASWP(4, a, lda, 1, 1, rows, 1);
+    EXPECT_EQ(columnAt(a, std::int64_t(3) * lda), (Column{31, 30}));
+    tarn::kernel::LASWPCOL(2, a, lda, 1, 1, columns, 1);
+    EXPECT_EQ(columnAt(a, std::int64_t(3) * lda), (Column{1, 0}));
+    EXPECT_EQ(columnAt(a, 0), (Column{31, 30}));
+}
+
+/// Interchanges beyond column 65536, which launches count from an origin of their own.
+TEST_F(Vast, OriginsOfInterchangesHave64BitOffsets)
+{
+    const int lda = 40000, k = 70001, pivot = 70003;
+    const DeviceArray<float> matrix(std::size_t(lda) * pivot);
+    const std::int64_t here = std::int64_t(k - 1) * lda, there = std::int64_t(pivot - 1) * lda;
+    setColumnAt(matrix.data(), here, {1, 2});
+    setColumnAt(matrix.data(), there, {3, 4});
+    std::vector<int> ipiv(k, pivot);
+    tarn::kernel::LASWPCOL(2, matrix.data(), lda, k, k, ipiv.data(), 1);
+    EXPECT_EQ(columnAt(matrix.data(), here), (Column{3, 4}));
+    EXPECT_EQ(columnAt(matrix.data(), there), (Column{1, 2}));
+}
+
 TYPED_TEST(Kernels, TransposesInPlace)
 {
     using T = TypeParam;
