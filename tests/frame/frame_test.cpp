@@ -2,6 +2,7 @@
 // device a routine runs on.
 #include "frame/machine.h"
 #include "frame/routine.h"
+#include "lapack/lu/lu.h"
 #include "memory/mirrors.h"
 #include "support/api.h"
 #include "support/residuals.h"
@@ -222,6 +223,14 @@ TEST_F(Frame, AnArgumentErrorAllocatesAndCopiesNothing)
     EXPECT_EQ(tarnGetErrorInfo(), 0) << "cleared by the next call";
 }
 
+/// The solve with factors, of which gesv uses one case of three.
+void solveFactored(char trans)
+{
+    float element = 1;
+    int pivot = 1;
+    tarn::lu::getrs(trans, 1, 1, &element, 1, &pivot, &element, 1);
+}
+
 /// What a frame makes of an exception: in the outermost body, and in the body of the device form under a host form.
 TEST_F(Frame, TranslatesEveryExceptionByItsClass)
 {
@@ -243,7 +252,8 @@ TEST_F(Frame, TranslatesEveryExceptionByItsClass)
         {"bad_alloc", [] { throw std::bad_alloc(); }, tarnInsufficientMemory, 0, true},
         {"length_error", [] { throw std::length_error("vector"); }, tarnRuntimeError, -1, true},
         {"int", [] { throw 5; }, tarnUnspecifiedError, -1, true},
-        {"not implemented", [] { tarn::featureNotImplemented(); }, tarnFeatureNotImplemented, 0, true},
+        {"getrs, transposed", [] { solveFactored('t'); }, tarnFeatureNotImplemented, 0, true},
+        {"getrs, no letter", [] { solveFactored('X'); }, tarnArgumentError, -1, false},
         {"argument", [] { tarn::require(false, -4); }, tarnArgumentError, -4, false},
         {"data", [] { tarn::dataError(9); }, tarnDataError, 9, false},
         {"info 9", [] { tarn::checkInfo(9); }, tarnDataError, 9, false},

@@ -261,14 +261,14 @@ protected:
 
     using Shape = std::vector<long long>; ///< grid and block, x, y, z each
 
-    /// The launches of a call, and nothing else: no wrapper copies, allocates or waits.
-    static std::vector<Shape> of(const std::function<void()>& call)
+    /// The launches of a call, all of this kernel, and nothing else: no wrapper copies, allocates or waits.
+    static std::vector<Shape> of(const std::string& kernel, const std::function<void()>& call)
     {
         softdevLogStart();
         call();
         std::vector<Shape> shapes;
         for (const SoftdevCall& logged : softdevLogTake())
-            if (logged.name.rfind("cuda", 0) != 0)
+            if (logged.name == kernel)
                 shapes.push_back(logged.ints);
             else
                 EXPECT_TRUE(logged.name == "cudaGetDevice" || logged.name == "cudaGetLastError") << logged.name;
@@ -283,23 +283,27 @@ TEST_F(Launches, AreAsManyAndAsLargeAsTheShapeNeeds)
     const DeviceArray<float> array(70000 * 2);
     float* const a = array.data();
     std::vector<int> ipiv(200, 1);
-    EXPECT_EQ(of([&] { tarn::kernel::Transpose(a + 1000, 40, a, 17, 17, 40); }), Shapes{(Shape{2, 3, 1, 16, 16, 1})});
-    EXPECT_EQ(of([&] { tarn::kernel::TransposeInplace(17, a, 17); }), Shapes{(Shape{2, 2, 1, 16, 16, 1})});
-    EXPECT_EQ(of([&] { tarn::kernel::Transpose(a, 4, a, 0, 0, 4); }), Shapes{});
+    EXPECT_EQ(of("Transpose_k", [&] { tarn::kernel::Transpose(a + 1000, 40, a, 17, 17, 40); }),
+              Shapes{(Shape{2, 3, 1, 16, 16, 1})});
+    EXPECT_EQ(of("TransposeInplace_k", [&] { tarn::kernel::TransposeInplace(17, a, 17); }),
+              Shapes{(Shape{2, 2, 1, 16, 16, 1})});
+    EXPECT_EQ(of("Transpose_k", [&] { tarn::kernel::Transpose(a, 4, a, 0, 0, 4); }), Shapes{});
 
     const Shape fourBlocks{4, 1, 1, 256, 1, 1};
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(1000, a, 20, 1, 16, ipiv.data(), 1); }), Shapes{fourBlocks});
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(1000, a, 20, 1, 17, ipiv.data(), 1); }), Shapes(2, fourBlocks));
-    EXPECT_EQ(of([&] { tarn::kernel::LASWPCOL(1000, a, 1000, 5, 5, ipiv.data(), 1); }), Shapes{fourBlocks});
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(10, a, 200, 1, 200, ipiv.data(), 1); }).size(), 13u);
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(10, a, 200, 2, 1, ipiv.data(), 1); }), Shapes{});
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(0, a, 200, 1, 9, ipiv.data(), 1); }), Shapes{});
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(1000, a, 20, 1, 16, ipiv.data(), 1); }), Shapes{fourBlocks});
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(1000, a, 20, 1, 17, ipiv.data(), 1); }),
+              Shapes(2, fourBlocks));
+    EXPECT_EQ(of("KernelLASWPCOL", [&] { tarn::kernel::LASWPCOL(1000, a, 1000, 5, 5, ipiv.data(), 1); }),
+              Shapes{fourBlocks});
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(10, a, 200, 1, 200, ipiv.data(), 1); }).size(), 13u);
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(10, a, 200, 2, 1, ipiv.data(), 1); }), Shapes{});
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(0, a, 200, 1, 9, ipiv.data(), 1); }), Shapes{});
 
     // Pivots beyond 16 bits share a launch as long as they are close together.
     std::iota(ipiv.begin(), ipiv.end(), 69000);
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(2, a, 70000, 1, 32, ipiv.data(), 1); }).size(), 2u);
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(2, a, 70000, 1, 32, ipiv.data(), 1); }).size(), 2u);
     ipiv[3] = 4;
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(2, a, 70000, 1, 16, ipiv.data(), 1); }).size(), 3u);
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(2, a, 70000, 1, 16, ipiv.data(), 1); }).size(), 3u);
 }
 
 TEST_F(Launches, ADeviceOfFewBlocksGetsAFoldedGrid)
@@ -310,7 +314,7 @@ TEST_F(Launches, ADeviceOfFewBlocksGetsAFoldedGrid)
     auto A = Matrix<float>::random(20, n, 20), expected = A;
     const DeviceArray<float> a(A.elements());
     const auto ipiv = pivotsBelow(9, 20);
-    EXPECT_EQ(of([&] { tarn::kernel::LASWP(n, a.data(), 20, 1, 9, ipiv.data(), 1); }),
+    EXPECT_EQ(of("KernelLASWP", [&] { tarn::kernel::LASWP(n, a.data(), 20, 1, 9, ipiv.data(), 1); }),
               std::vector<Shape>{(Shape{10, 2, 1, 256, 1, 1})});
     A.elements() = a.download();
     interchange(expected, false, 1, 9, ipiv);
