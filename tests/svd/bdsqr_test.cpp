@@ -9,6 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
+extern "C" void slasq1_(const int*, float*, float*, float*, int*);
+extern "C" void sbdsqr_(const char*, const int*, const int*, const int*, const int*, float*, float*, float*, const int*,
+                        float*, const int*, float*, const int*, float*, int*, std::size_t);
 extern "C" void dbdsqr_(const char*, const int*, const int*, const int*, const int*, double*, double*, double*,
                         const int*, double*, const int*, double*, const int*, double*, int*, std::size_t);
 
@@ -127,27 +132,150 @@ TYPED_TEST(Bdsqr, DecomposesUpperAndLowerMatrices)
             expectDecomposition<TypeParam>(Bidiagonal::random(uplo, n, n), n + n % 3 * 5, 2 * n + 1);
 }
 
-TYPED_TEST(Bdsqr, GradedRepeatedAndVanishingElements)
+/// Matrices that are hard on the tests, shifts and directions of the iteration; e is used but for its last element.
+std::vector<Bidiagonal> hardMatrices(char uplo)
 {
-    const int n = 60;
-    Bidiagonal falling = Bidiagonal::random('U', n, 4), equal = falling, split = falling, zeros = falling;
-    for (int i = 0; i < n; ++i) {
-        falling.d[i] = std::pow(10.0f, -i / 6.0f);
-        equal.d[i] = i < 30 ? 1.0f : 0.5f;
+    using Element = std::function<float(int)>;
+    const auto power = [](float base, float exponent) { return std::pow(base, exponent); };
+    const std::tuple<int, Element, Element> elements[] = {
+        {60, [&](int i) { return power(10, -i / 6.f); }, [&](int i) { return power(10, -(i + 1) / 6.f); }}, // graded
+        {60, [&](int i) { return power(10, i / 6.f - 10); }, [&](int i) { return power(10, i / 6.f - 10); }},
+        {60, [&](int i) { return power(10, 37 - 1.25f * i); }, [&](int i) { return power(10, 36 - 1.25f * i); }},
+        {60, [&](int i) { return power(10, 1.25f * i - 38); }, [&](int i) { return power(10, 1.25f * i - 38); }},
+        {60, [](int i) { return 1 + 1e-6f * i; }, [](int) { return 1e-3f; }},                       // clustered
+        {60, [](int i) { return i < 30 ? 1.f : 0.5f; }, [](int) { return 1e-3f; }},                 // repeated
+        {60, [](int i) { return i == 20 ? 1e20f : 1.f + i; }, [](int) { return 1.f; }},             // one huge element
+        {60, [](int i) { return std::abs(30.f - i); }, [](int) { return 1.f; }},                    // Wilkinson's
+        {60, [&](int i) { return power(0.8f, i); }, [&](int i) { return -0.6f * power(0.8f, i); }}, // Kahan's
+        {60, [](int i) { return 1.f + i % 7; }, [](int i) { return i % 10 == 0 ? 0.f : 1.f; }},     // falls apart
+        {60, [](int i) { return std::sin(1.f + i); }, [](int i) { return std::cos(2.f * i); }},
+        // The last element of e is negligible against its neighbour below alone.
+        {60, [](int i) { return i == 58 ? 1e-2f : 2 - i / 60.f; }, [](int i) { return i == 58 ? 3e-7f : 1e-2f; }},
+        // Long enough for a shift that is not worth its loss of accuracy.
+        {600, [&](int i) { return power(4500, -i / 599.f); }, [&](int i) { return 1e-3f * power(4500, -i / 599.f); }},
+    };
+    std::vector<Bidiagonal> matrices;
+    for (const auto& [n, diagonal, offDiagonal] : elements) {
+        Bidiagonal B{uplo, std::vector<float>(n), std::vector<float>(n - 1)};
+        for (int i = 0; i < n; ++i)
+            B.d[i] = diagonal(i);
+        for (int i = 0; i < n - 1; ++i)
+            B.e[i] = offDiagonal(i);
+        matrices.push_back(B);
     }
-    std::copy(falling.d.begin() + 1, falling.d.end(), falling.e.begin());
-    const Bidiagonal rising{'L', {falling.d.rbegin(), falling.d.rend()}, {falling.e.rbegin(), falling.e.rend()}};
-    std::fill(equal.e.begin(), equal.e.end(), 1e-3f);
-    split.e[0] = split.e[10] = split.e[n - 2] = 0;
-    zeros.d[0] = zeros.d[20] = zeros.d[n - 1] = 0;
-    for (const Bidiagonal& B : {falling, rising, equal, split})
-        expectDecomposition<TypeParam>(B, n, n);
+    return matrices;
+}
 
-    // Zeros come out as what is small against the norm.
-    const Iterated<TypeParam> singular(zeros, Matrix<TypeParam>(n, n), Matrix<TypeParam>(n, n));
-    const auto expected = singularValues(zeros);
+template <class T>
+Matrix<T> identity(int n)
+{
+    Matrix<T> I(n, n);
     for (int i = 0; i < n; ++i)
-        EXPECT_NEAR(singular.d[i], expected[i], 30 * eps<float> * expected[0]);
+        I(i, i) = T(1);
+    return I;
+}
+
+/// The host's recurrences are those of the CPU LAPACK's sbdsqr, and both call the same slartg, slas2 and slasv2.
+TYPED_TEST(Bdsqr, ValuesOfHardMatricesAreLapacksBitByBit)
+{
+    using T = TypeParam;
+    for (const char uplo : {'U', 'L'})
+        for (const Bidiagonal& B : hardMatrices(uplo)) {
+            SCOPED_TRACE(testing::Message() << uplo << " " << B.d[0] << " " << B.e[0]);
+            const int n = B.n(), none = 0, one = 1;
+            std::vector<float> s = B.d, e = B.e, vt(n * n), work(4 * n);
+            int info = 0;
+            sbdsqr_(&uplo, &n, &n, &none, &none, s.data(), e.data(), vt.data(), &n, nullptr, &one, nullptr, &one,
+                    work.data(), &info, 1);
+            ASSERT_EQ(info, 0);
+            const Iterated<T> result(B, identity<T>(n), identity<T>(n));
+            EXPECT_EQ(result.info, 0);
+            EXPECT_EQ(result.d, s);
+            EXPECT_LT(orthogonality(widened(result.u)), 30);
+            EXPECT_LT(orthogonality(adjoint(widened(result.vt))), 30);
+            EXPECT_LT(decompositionRatio(B.wide(), widened(result.u), bidiagonal(result.d), widened(result.vt)), 30);
+
+            const Iterated<T> values(B, Matrix<T>(n, 0), Matrix<T>(0, n));
+            s = B.d, e = B.e;
+            slasq1_(&n, s.data(), e.data(), work.data(), &info);
+            EXPECT_EQ(values.d, s) << "without vectors by the dqds algorithm";
+        }
+}
+
+/// A chase from the small end of a graded matrix to the large one takes many times the sweeps.
+TYPED_TEST(Bdsqr, GradedMatricesTakeFewSweeps)
+{
+    using T = TypeParam;
+    if (!onSoftwareDevice)
+        GTEST_SKIP() << "needs the controls of the software device";
+    const int n = 300;
+    Bidiagonal falling{'U', std::vector<float>(n), std::vector<float>(n - 1)};
+    for (int i = 0; i < n; ++i)
+        falling.d[i] = std::pow(10.f, -6.f * i / n);
+    std::copy(falling.d.begin() + 1, falling.d.end(), falling.e.begin());
+    const Bidiagonal rising{'U', {falling.d.rbegin(), falling.d.rend()}, {falling.e.rbegin(), falling.e.rend()}};
+    for (const Bidiagonal& B : {falling, rising}) {
+        softdevLogStart();
+        const Iterated<T> result(B, identity<T>(n), Matrix<T>(0, n));
+        EXPECT_LT(countCalls(softdevLogTake(), "LASR_k"), 0.6 * n);
+    }
+}
+
+TYPED_TEST(Bdsqr, ArgumentsAreCheckedInOrder)
+{
+    using T = TypeParam;
+    float x = 0;
+    T v{};
+    const auto info = [&](char uplo, int n, int ncvt, int nru, int ncc, int given, int ldvt, int ldu, int ldc) {
+        try {
+            tarn::svd::bdsqr<T>(uplo, n, ncvt, nru, ncc, given > 0 ? &x : nullptr, given > 1 ? &x : nullptr,
+                                given > 2 ? &v : nullptr, ldvt, given > 3 ? &v : nullptr, ldu, nullptr, ldc);
+        } catch (const tarn::InfoException& failure) {
+            EXPECT_EQ(failure.status(), tarnArgumentError);
+            return failure.info();
+        } catch (const tarn::FeatNotImplException&) {
+            return 2;
+        }
+        return 0;
+    };
+    EXPECT_EQ(info('X', -1, -1, -1, -1, 0, 0, 0, 0), -1);
+    EXPECT_EQ(info('u', -1, -1, -1, -1, 0, 0, 0, 0), -2);
+    EXPECT_EQ(info('L', 3, -1, -1, -1, 0, 0, 0, 0), -3);
+    EXPECT_EQ(info('L', 3, 1, -1, -1, 0, 0, 0, 0), -4);
+    EXPECT_EQ(info('L', 3, 1, 2, -1, 0, 0, 0, 0), -5);
+    EXPECT_EQ(info('L', 3, 1, 2, 1, 0, 2, 0, 0), -9);
+    EXPECT_EQ(info('L', 3, 0, 2, 1, 0, 0, 0, 0), -9);
+    EXPECT_EQ(info('L', 3, 1, 2, 1, 0, 3, 1, 0), -11);
+    EXPECT_EQ(info('L', 3, 1, 2, 1, 0, 3, 2, 2), -13);
+    EXPECT_EQ(info('L', 3, 1, 2, 0, 0, 3, 2, 0), -13);
+    EXPECT_EQ(info('L', 3, 1, 2, 1, 0, 3, 2, 3), 2) << "a third set of vectors is not served";
+    EXPECT_EQ(info('L', 0, 1, 2, 0, 0, 1, 2, 1), 0);
+    for (const int given : {0, 1, 2, 3})
+        EXPECT_EQ(info('L', 3, 1, 2, 0, given, 3, 2, 1), given < 3 ? -6 - given : -10);
+}
+
+/// Vectors of a block that the iteration did not come to are as they were, in their place.
+TYPED_TEST(Bdsqr, VectorsReturnToTheirPlaceWithoutConvergence)
+{
+    using T = TypeParam;
+    const int n = 40, reached = 20;
+    Bidiagonal B = Bidiagonal::random('U', n, 3);
+    B.e[reached - 1] = 0;
+    B.d[30] = NAN;
+    for (const int ncvt : {n, n + 5}) {
+        const auto vectors = Matrix<T>::random(n, ncvt, n);
+        const Iterated<T> result(B, vectors, Matrix<T>(0, n));
+        EXPECT_GT(result.info, 0);
+        std::vector<T> before, after;
+        for (int i = 0; i < n; ++i)
+            if (std::isfinite(result.d[i]) &&
+                std::find(B.d.begin(), B.d.begin() + reached, result.d[i]) != B.d.begin() + reached) {
+                after.push_back(result.vt(i, 1));
+                before.push_back(vectors(int(std::find(B.d.begin(), B.d.end(), result.d[i]) - B.d.begin()), 1));
+            }
+        EXPECT_EQ(after.size(), std::size_t(reached));
+        EXPECT_EQ(after, before);
+    }
 }
 
 TYPED_TEST(Bdsqr, WhatIsNotFiniteEndsAndDoesNotLookLikeAResult)
