@@ -7,6 +7,9 @@
 #include "cublas_v2.h"
 #include "fixture.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 using OrderTest = SoftdevTest;
 
 // Long enough for the device's thread to run what it may run.
@@ -278,4 +281,23 @@ TEST_F(OrderTest, RunsOfAtomicsLoseNothing)
 {
     expectRunsAreAdded<float>();
     expectRunsAreAdded<double>();
+}
+
+// A child that forks off while the device's thread sleeps, and ends in the ordinary way.
+TEST_F(OrderTest, AForkedChildEnds)
+{
+    softdevSetEager(true);
+    DeviceArray<int> device(1);
+    int* inside = view<int>(device);
+    ASSERT_EQ(launch(1, [inside] { *inside = 4; }), cudaSuccess);
+    giveDeviceTime();
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20); // ends a child that hangs
+        std::exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(device.download()[0], 4) << "the parent goes on";
 }

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <iterator>
 
+#include <unistd.h>
+
 #include "checks.h"
 
 namespace tarn::soft {
@@ -62,9 +64,17 @@ void Device::submit(Work work)
     }
 }
 
-Machine::Machine() : hold_(checked) { setDevices({softdevDefaultDevice()}); }
+Machine::Machine() : process_(getpid()), hold_(checked) { setDevices({softdevDefaultDevice()}); }
 
-Machine::~Machine() { machineIsGone = true; }
+Machine::~Machine()
+{
+    machineIsGone = true;
+    // A forked child has no device threads, and whatever they held or waited for stays so: nothing of it can be undone.
+    if (getpid() != process_) {
+        static auto* kept = new std::vector<std::unique_ptr<Slot>>;
+        kept->swap(slots_);
+    }
+}
 
 int Machine::deviceCount()
 {

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <vector>
 
+#include <sys/types.h>
+
 #include "device_memory.h"
 #include "queue.h"
 #include "softdev.h"
@@ -93,6 +95,7 @@ private:
     template <class Visit>
     void forDevices(const Visit& visit);
 
+    const pid_t process_;
     std::mutex mutex_;
     std::vector<std::unique_ptr<Slot>> slots_;
     bool hold_;

@@ -33,15 +33,15 @@ void gelqf(int m, int n, T* a, int lda, T* tau)
     if (k == 0)
         return;
     HostMirror<T> tauHost({k, 1, 1}, tau, k, MirrorIn | MirrorOut);
-    RowPanels<T> rows({a, m, n, lda}, cpu::gelqf<T>);
+    const MatrixView<T> A{a, m, n, lda};
 
     int i = 1;
     if (nb < k) {
-        rows.allowBlocks({'F', 'R'}, nb);
+        RowPanels<T> panels(A, cpu::gelqf<T>, {'F', 'R'}, nb);
         for (; i <= k - nb; i += nb)
-            rows.panel(i, i, n - i + 1, tauHost.data() + i - 1, i + nb, m - i - nb + 1);
+            panels.factorise(i, i, n - i + 1, tauHost.data() + i - 1, i + nb, m - i - nb + 1);
     }
-    rows.last(i, i, m - i + 1, n - i + 1, tauHost.data() + i - 1);
+    factoriseLast<T>({A.at(i, i), m - i + 1, n - i + 1, lda}, cpu::gelqf<T>, tauHost.data() + i - 1);
 }
 
 /// From the bottom up; a panel of reflectors i to i + nb - 1 ends, as the triangle, in row m - k + i + nb - 1 and in
@@ -54,17 +54,17 @@ void gerqf(int m, int n, T* a, int lda, T* tau)
     if (k == 0)
         return;
     HostMirror<T> tauHost({k, 1, 1}, tau, k, MirrorIn | MirrorOut);
-    RowPanels<T> rows({a, m, n, lda}, cpu::gerqf<T>);
+    const MatrixView<T> A{a, m, n, lda};
 
     int left = k; // reflectors above the panels
     if (nb < k) {
-        rows.allowBlocks({'B', 'R'}, nb);
+        RowPanels<T> panels(A, cpu::gerqf<T>, {'B', 'R'}, nb);
         while (left > nb) {
             left -= nb;
-            rows.panel(m - k + left + 1, 1, n - k + left + nb, tauHost.data() + left, 1, m - k + left);
+            panels.factorise(m - k + left + 1, 1, n - k + left + nb, tauHost.data() + left, 1, m - k + left);
         }
     }
-    rows.last(1, 1, m - k + left, n - k + left, tauHost.data());
+    factoriseLast<T>({a, m - k + left, n - k + left, lda}, cpu::gerqf<T>, tauHost.data());
 }
 
 template void gelqf(int, int, float*, int, float*);

@@ -21,8 +21,8 @@ struct Vectors
 {
     MatrixView<T> A;
     Storage storage;
-    decltype(&cpu::orgqr<T>) generateOnHost;
-    char side, trans; ///< how H acts on later vectors
+    decltype(&cpu::orgqr<T>) cpuRoutine; ///< orgqr or orglq
+    char side, trans;                    ///< how H acts on later vectors
 
     bool byRow() const { return storage.byRow(); }
     int length() const { return byRow() ? A.cols : A.rows; }
@@ -48,9 +48,9 @@ struct Vectors
     }
 
     /// Forms the vectors of that block, on the host, from its first k reflectors.
-    void generate(int i, int vectors, int k, T* host, const T* tau) const
+    void formOnHost(int i, int vectors, int k, T* host, const T* tau) const
     {
-        generateOnHost(rows(i, vectors), cols(i, vectors), k, host, rows(i, vectors), tau);
+        cpuRoutine(rows(i, vectors), cols(i, vectors), k, host, rows(i, vectors), tau);
     }
 
     int rows(int i, int vectors) const { return byRow() ? vectors : A.rows - i + 1; }
@@ -72,7 +72,7 @@ void generate(const Vectors<T>& V, int k, T* tauDevice)
         const int vectors = V.count() - kk;
         const std::unique_ptr<T[]> host(new T[std::size_t(V.length() - kk) * vectors]);
         V.fetch(kk + 1, vectors, host.get());
-        V.generate(kk + 1, vectors, k - kk, host.get(), tau + kk);
+        V.formOnHost(kk + 1, vectors, k - kk, host.get(), tau + kk);
         V.put(kk + 1, vectors, host.get());
     }
     if (blocks == 0)
@@ -87,7 +87,7 @@ void generate(const Vectors<T>& V, int k, T* tauDevice)
         H.apply(V.side, V.trans, V.byRow() ? later : length, V.byRow() ? length : later, nb, V.at(i, i), V.A.ld,
                 V.at(i, i + nb), V.A.ld);
         // Meanwhile the block's own vectors, whose reflectors are still on the host.
-        V.generate(i, nb, nb, hostPanel.get(), tau + i - 1);
+        V.formOnHost(i, nb, nb, hostPanel.get(), tau + i - 1);
         V.put(i, nb, hostPanel.get());
         V.clear(1, i, i - 1, nb);
     }

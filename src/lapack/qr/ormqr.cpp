@@ -97,9 +97,10 @@ void multiplyBlocked(const Origin<T>& origin, const Product<T>& p, int nb, const
     for (int block = 0; block <= lastBlock; ++block) {
         const int i = 1 + nb * (forward ? block : lastBlock - block);
         const int ib = std::min(nb, p.k - i + 1);
-        // The reflectors touch `length` rows or columns of C, from number `start` on.
-        const int start = storage.direct == 'F' ? i : 1;
-        const int length = p.orderOfQ() - start + 1 - (storage.direct == 'F' ? 0 : p.k - (i + ib - 1));
+        // Rows or columns of C, from start to end, that the reflectors i to i + ib - 1 touch.
+        const bool downwards = storage.direct == 'F';
+        const int start = downwards ? i : 1, end = downwards ? p.orderOfQ() : p.orderOfQ() - p.k + i + ib - 1;
+        const int length = end - start + 1;
 
         const T* const v = byRow ? A.at(i, start) : A.at(start, i);
         getMatrix(byRow ? ib : length, byRow ? length : ib, hostPanel.get(), ldPanel, v, A.ld);

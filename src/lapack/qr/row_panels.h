@@ -10,51 +10,48 @@
 
 namespace tarn::qr {
 
+/// A factorisation on the CPU.
+template <class T>
+using FactoriseRows = void (*)(int m, int n, T* a, int lda, T* tau);
+
+/// Factorises a block of the device on the CPU, where nothing else is left.
+template <class T>
+void factoriseLast(MatrixView<T> A, FactoriseRows<T> factorise, T* tau)
+{
+    const std::unique_ptr<T[]> host(new T[std::size_t(A.rows) * A.cols]);
+    getMatrix(A.rows, A.cols, host.get(), A.rows, A.data, A.ld);
+    factorise(A.rows, A.cols, host.get(), A.rows, tau);
+    setMatrix(A.rows, A.cols, A.data, A.ld, host.get(), A.rows);
+}
+
 /// Steps of a factorisation of A by rows. Everything waits for everything: there is no look-ahead.
 template <class T>
 class RowPanels
 {
 public:
-    using Factorise = void (*)(int m, int n, T* a, int lda, T* tau);
-
-    /// factorise: the factorisation on the CPU.
-    RowPanels(MatrixView<T> matrix, Factorise factorise) : A(matrix), factorise_(factorise) {}
-
-    /// Room for panels of nb rows, stored as H says.
-    void allowBlocks(Storage storage, int nb)
-    {
-        nb_ = nb;
-        hostPanel_.reset(new T[std::size_t(nb) * A.cols]);
-        H = std::make_unique<BlockReflector<T>>(storage, nb);
-    }
+    /// storage: how it leaves the reflectors of a panel of nb rows.
+    RowPanels(MatrixView<T> matrix, FactoriseRows<T> cpuRoutine, Storage storage, int nb)
+        : A(matrix), factorise_(cpuRoutine), nb_(nb), hostPanel_(new T[std::size_t(nb) * matrix.cols]), H(storage, nb)
+    {}
 
     /// Factorises the nb rows of A that begin at (row, col) and take `cols` columns; then applies their reflectors from
     /// the right to `others` rows of the same columns, from row `other` on.
-    void panel(int row, int col, int cols, T* tau, int other, int others)
+    void factorise(int row, int col, int cols, T* tau, int other, int others)
     {
         T* const host = hostPanel_.get();
         getMatrix(nb_, cols, host, nb_, A.at(row, col), A.ld);
         factorise_(nb_, cols, host, nb_, tau);
         setMatrix(nb_, cols, A.at(row, col), A.ld, host, nb_);
-        H->form(cols, nb_, host, nb_, tau);
-        H->apply('R', 'N', others, cols, nb_, A.at(row, col), A.ld, A.at(other, col), A.ld);
-    }
-
-    /// Factorises the rows by cols block at (row, col), where nothing else is left.
-    void last(int row, int col, int rows, int cols, T* tau) const
-    {
-        const std::unique_ptr<T[]> host(new T[std::size_t(rows) * cols]);
-        getMatrix(rows, cols, host.get(), rows, A.at(row, col), A.ld);
-        factorise_(rows, cols, host.get(), rows, tau);
-        setMatrix(rows, cols, A.at(row, col), A.ld, host.get(), rows);
+        H.form(cols, nb_, host, nb_, tau);
+        H.apply('R', 'N', others, cols, nb_, A.at(row, col), A.ld, A.at(other, col), A.ld);
     }
 
 private:
     MatrixView<T> A;
-    Factorise factorise_;
-    int nb_ = 0;
+    FactoriseRows<T> factorise_;
+    int nb_;
     std::unique_ptr<T[]> hostPanel_;
-    std::unique_ptr<BlockReflector<T>> H;
+    BlockReflector<T> H;
 };
 
 } // namespace tarn::qr
