@@ -48,16 +48,4 @@ TEST_F(Tuning, BlockSizesFollowTheGenerationOfTheThreadsDevice)
     firstGenerationThread.join();
 }
 
-TEST(TuningBase, GenerationsBeginAtTheirCapabilities)
-{
-    for (const int cap : {10, 12, 13})
-        EXPECT_EQ(baseBlockSize<double>(cap), 48);
-    for (const int cap : {9, 14, 20, 90})
-        EXPECT_EQ(baseBlockSize<double>(cap), 64);
-    EXPECT_EQ(baseBlockSize<int>(13), 32);
-    EXPECT_EQ(baseBlockSize<int>(20), 32);
-    EXPECT_EQ(baseBlockSize<Complex<double>>(13), 48);
-    EXPECT_EQ(baseBlockSize<Complex<double>>(20), 32);
-}
-
 } // namespace

@@ -342,24 +342,4 @@ TEST(ThreadMaps, OneDimensionalGridsAreHalvedToTheLimit)
     EXPECT_EQ(extents(velk::gridFor1D(1000, 1, 10)), (Extents{7, 8, 18}));
 }
 
-TEST(ThreadMaps, ShapesFollowTheirArguments)
-{
-    tarn::bindThreadDevice();
-    const std::pair<int, unsigned> threadsByClass[] = {{0, 256}, {1, 256}, {2, 64}, {3, 16}, {4, 256}};
-    for (const auto& [blockClass, threads] : threadsByClass)
-        EXPECT_EQ(extents(velk::Map1D(100, 0, blockClass).threads()), (Extents{threads, 1, 1}));
-    EXPECT_EQ(extents(velk::Map1D(100, 32, 2).threads()), (Extents{32, 1, 1}));
-    EXPECT_EQ(extents(velk::Map1D(100, 32).blocks()), (Extents{4, 1, 1}));
-    EXPECT_EQ(extents(velk::Map1D(100).blocks()), (Extents{1, 1, 1}));
-
-    EXPECT_EQ(extents(velk::Map2D(17, 16).threads()), (Extents{16, 16, 1}));
-    EXPECT_EQ(extents(velk::Map2D(17, 16).blocks()), (Extents{2, 1, 1}));
-    EXPECT_EQ(extents(velk::Map2D(17, 16, 32, 4).threads()), (Extents{32, 4, 1}));
-    EXPECT_EQ(extents(velk::Map2D(17, 16, 32, 4).blocks()), (Extents{1, 4, 1}));
-
-    EXPECT_EQ(extents(velk::StaticMap1D<128>(129).threads()), (Extents{128, 1, 1}));
-    EXPECT_EQ(extents(velk::StaticMap1D<128>(129).blocks()), (Extents{2, 1, 1}));
-    EXPECT_EQ(extents(velk::StaticMap1D<64>(129).blocks()), (Extents{3, 1, 1}));
-}
-
 } // namespace

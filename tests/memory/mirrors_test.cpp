@@ -248,17 +248,6 @@ TEST_F(MirrorCalls, AHostMirrorThatCannotCopyBackFailsTheRoutine)
     tarn::leaveRoutine();
 }
 
-TEST(MirrorArguments, FollowBetaAndTrans)
-{
-    EXPECT_EQ(tarn::mirrorByBeta(0.), unsigned(MirrorOut));
-    EXPECT_EQ(tarn::mirrorByBeta(-0.f), unsigned(MirrorOut));
-    EXPECT_EQ(tarn::mirrorByBeta(1e-300), MirrorIn | MirrorOut);
-    EXPECT_EQ(tarn::mirrorByBeta(tarn::Complex<float>(0, 1)), MirrorIn | MirrorOut);
-    EXPECT_EQ(tarn::transposedExtent('N', 3, 5).rows, 3);
-    EXPECT_EQ(tarn::transposedExtent('C', 3, 5).rows, 5);
-    EXPECT_EQ(tarn::transposedExtent('T', 3, 5).cols, 3);
-}
-
 TEST(Views, AreOneBasedAndWide)
 {
     float x[1];
