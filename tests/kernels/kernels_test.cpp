@@ -50,6 +50,8 @@ protected:
     void SetUp() override
     {
         OnMachine::SetUp();
+        if (IsSkipped())
+            return;
         if (softdevChecked())
             GTEST_SKIP() << "checked builds touch all memory";
         ASSERT_EQ(cudaSetDevice(vast), cudaSuccess);
