@@ -58,7 +58,8 @@ Decomposition<T> decompose(const Options& options, Matrix<T> a)
                       result.vt.ld());
     });
     if (const tarnInfo info = tarnGetErrorInfo(); status == tarnDataError && info > 0) {
-        // With vectors the info counts the values that are missing, without it is a code of the routine that finds them.
+        // With vectors the info counts the values that are missing, without it is a code of the routine that finds
+        // them.
         const std::string missing = job == 'S' ? fmt::format(": {} values are not there", info) : "";
         throw Failure(options.matrix + ": the iteration did not converge" + missing);
     }
@@ -121,8 +122,7 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
         Matrix<Wide<T>> rest = convert<Wide<T>>(a);
         multiplyAdd(rest, Wide<T>(-1), 'N', scaled(d, int(d.spectrum.values.size())), convert<Wide<T>>(d.vt));
         quality.backwardError = norm == 0 ? normF(rest) : normF(rest) / (longer * norm * epsilon<T>);
-        quality.orthogonality =
-            std::max(orthogonalityOf(d.u), orthogonalityOf(adjoint(d.vt))) / (longer * epsilon<T>);
+        quality.orthogonality = std::max(orthogonalityOf(d.u), orthogonalityOf(adjoint(d.vt))) / (longer * epsilon<T>);
     }
     if (options.rank > 0) {
         const Matrix<T> nearest = approximation(d, options.rank);
