@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-races check-all coverage demo bench performance cuda gpu-bundle format clean
+.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -17,14 +17,8 @@ build: setup
 test: build
 	@ctest --preset release -j 1
 
-# The kernels under the race check, and the faults that it must report.
-check-races: setup
-	@cmake --preset tsan $(CMAKE_FLAGS)
-	@cmake --build --preset tsan -j $(JOBS) --target kernels_test planted
-	@ctest --preset tsan -j 1 --tests-regex '^(kernels_test|race-check)'
-
-# The tests, the race check, and all tests again under the address and undefined-behaviour sanitizers.
-check-all: test check-races
+# The tests, and all of them again under the address and undefined-behaviour sanitizers.
+check-all: test
 	@cmake --preset asan $(CMAKE_FLAGS)
 	@cmake --build --preset asan -j $(JOBS)
 	@ctest --preset asan -j 1
@@ -53,13 +47,19 @@ performance: build
 	@scripts/performance
 
 cuda: setup
+	@scripts/install-dependencies libzstd-dev
 	cmake --preset cuda $(CMAKE_FLAGS)
 	cmake --build --preset cuda -j $(JOBS)
 	tests/exports/check-exports build/cuda/lib/libtarn_lapack.so
 	tests/cuda/check-without-gpu build/cuda
 	tests/cuda/check-kernels build/cuda
 
+# The tests of the CUDA build on the emulated GPU, under its checks.
+check-cuda: cuda
+	@ctest --preset emulated -j 1
+
 gpu-bundle: setup
+	@scripts/install-dependencies libzstd-dev
 	@scripts/gpu-bundle --arch $(GPU_ARCH) --jobs $(JOBS)
 
 format:

@@ -21,6 +21,8 @@ def from_ctest(build):
         if build not in program.parents:
             continue  # a script over the sources
         properties = {p["name"]: p["value"] for p in entry["properties"]}
+        if "emulated" in properties.get("LABELS", []):
+            continue  # not for a GPU
         tests.append({
             "name": entry["name"],
             "command": [str(program.relative_to(build)), *entry["command"][1:]],

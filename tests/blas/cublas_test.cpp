@@ -14,7 +14,7 @@ using namespace test;
 using C = tarn::Complex<float>;
 namespace cublas = tarn::cublas;
 
-class Cublas : public OnSoftwareDevice
+class Cublas : public WithControls
 {
 protected:
     const Initialized library;

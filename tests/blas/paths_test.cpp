@@ -62,7 +62,7 @@ std::string text(const char* routine, int a, int b)
 std::string gemmText(int m, int n, int k) { return text("gemm", m, n) + ' ' + std::to_string(k); }
 
 /// A machine with four devices; the library reads their capabilities once per process.
-class Paths : public OnSoftwareDevice
+class Paths : public WithControls
 {
 protected:
     static constexpr int capabilities[] = {90, 13, 12, 20};
@@ -78,7 +78,7 @@ protected:
     void TearDown() override
     {
         cudaSetDevice(0);
-        OnSoftwareDevice::TearDown();
+        WithControls::TearDown();
     }
 
     /// body(a) on the device of that capability, with the library up; a: an array of zeros for all operands, since
@@ -216,7 +216,10 @@ TEST_F(Paths, GemvRunsTheKernelForTransposedProducts)
 {
     on<float>(90, [](float* a) {
         const auto gemv = [&](char trans, float alpha, float beta, int incx, int incy) {
-            return callsOf([=] { return tarnDeviceSgemv(trans, 40, 33, alpha, a, ldOfAll, a, incx, beta, a, incy); });
+            return callsOf([=] {
+                return tarnDeviceSgemv(trans, 40, 33, alpha, a, ldOfAll, a + 64 * ldOfAll, incx, beta, a + 65 * ldOfAll,
+                                       incy);
+            });
         };
         EXPECT_EQ(gemv('t', 0, 2, 1, 1), Calls{"gemvt_k"});
         EXPECT_EQ(gemv('C', 1, 0, 2, 3), Calls{"gemvt_k"});
@@ -227,7 +230,8 @@ TEST_F(Paths, GemvRunsTheKernelForTransposedProducts)
     });
     on<float>(90, [](float* a) {
         softdevLogStart();
-        EXPECT_EQ(tarnDeviceSgemv('T', 40, 33, 1, a, ldOfAll, a, 1, 0, a, 1), tarnNoError);
+        EXPECT_EQ(tarnDeviceSgemv('T', 40, 33, 1, a, ldOfAll, a + 64 * ldOfAll, 1, 0, a + 65 * ldOfAll, 1),
+                  tarnNoError);
         const auto log = softdevLogTake();
         const auto launch =
             std::find_if(log.begin(), log.end(), [](const SoftdevCall& call) { return call.name == "gemvt_k"; });
@@ -264,7 +268,8 @@ TEST_F(Paths, SymvRunsTheKernelsFromOrder1200On)
     for (const int value : {13, 20, 90})
         on<float>(value, [&](float* a) {
             const auto symv = [&](int n) {
-                return callsOf([=] { return tarnDeviceSsymv('U', n, 1, a, ldOfAll, a, 1, 0, a, 1); });
+                float *const x = a + 1201 * ldOfAll, *const y = a + 1202 * ldOfAll;
+                return callsOf([=] { return tarnDeviceSsymv('U', n, 1, a, ldOfAll, x, 1, 0, y, 1); });
             };
             EXPECT_EQ(symv(1199), Calls{"symv 1199"});
             EXPECT_EQ(symv(1200), value == 13 ? (Calls{"cudaMemset", "symv_init_k", "symv_k", "symv_reduction_k"})

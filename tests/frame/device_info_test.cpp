@@ -38,7 +38,7 @@ int infoOf(tarnStatus status)
     return tarnGetErrorInfo();
 }
 
-class DeviceInfo : public OnSoftwareDevice
+class DeviceInfo : public WithControls
 {
 protected:
     static void SetUpTestSuite()

@@ -402,6 +402,27 @@ TEST_F(Frame, WhateverCallFailsTheResultIsWholeOrUntouched)
     failEachCall<Solution>(30);
 }
 
+TEST_F(Frame, PivotsThatDidNotArriveLeadNoKernel)
+{
+    Solution solution;
+    softdevLogStart();
+    ASSERT_EQ(solution.call(), tarnNoError);
+    int copies = 0; // before the first interchange: the last ones bring the pivots to the device and back
+    for (const SoftdevCall& call : softdevLogTake()) {
+        if (call.name == "KernelLASWP")
+            break;
+        copies += call.name == "cudaMemcpy";
+    }
+    ASSERT_GE(copies, 2);
+    for (const int copy : {copies - 1, copies}) {
+        softdevLogStart();
+        softdevFailCall("cudaMemcpy", copy, 719);
+        EXPECT_EQ(solution.call(), tarnRuntimeError);
+        EXPECT_EQ(countCalls(softdevLogTake(), "KernelLASWP"), 0) << "it would read anywhere";
+        EXPECT_TRUE(solution.isUntouched());
+    }
+}
+
 TEST_F(Frame, AFailingCopyBackIsNotReported)
 {
     Product product;

@@ -23,7 +23,7 @@ class Machine : public testing::Environment
 public:
     void SetUp() override
     {
-        if (!onSoftwareDevice)
+        if (!hasControls)
             return;
         std::vector<SoftdevDevice> devices(narrow + 1, deviceOf(9, 0));
         devices[firstGeneration] = deviceOf(1, 3);
@@ -39,13 +39,13 @@ public:
 inline testing::Environment* const theMachine = testing::AddGlobalTestEnvironment(new Machine);
 
 /// Base of tests that use the devices of the machine. Each starts on `modern`.
-class OnMachine : public OnSoftwareDevice
+class OnMachine : public WithControls
 {
 protected:
     void TearDown() override
     {
-        OnSoftwareDevice::TearDown();
-        if (onSoftwareDevice)
+        WithControls::TearDown();
+        if (hasControls)
             cudaSetDevice(modern);
     }
 };

@@ -151,17 +151,17 @@ TEST(Versions, AnswerBeforeInitialisation)
 }
 
 /// Every test starts and ends with the library down, on one default device.
-class Lifecycle : public OnSoftwareDevice
+class Lifecycle : public WithControls
 {
 protected:
     void TearDown() override
     {
-        OnSoftwareDevice::TearDown();
+        WithControls::TearDown();
         softdevSetVersions(13000, 13000, 130000);
         tarnShutdown();
         EXPECT_FALSE(isUp());
         EXPECT_EQ(softdevLive().handles, 0u);
-        EXPECT_TRUE(!onSoftwareDevice || softdevSetDevices({softdevDefaultDevice()}));
+        EXPECT_TRUE(!hasControls || softdevSetDevices({softdevDefaultDevice()}));
     }
 
     static bool isUp()

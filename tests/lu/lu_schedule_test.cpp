@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-class LuSchedule : public OnSoftwareDevice
+class LuSchedule : public WithControls
 {
 protected:
     /// Factorises a random matrix and returns the calls that it took.

@@ -15,7 +15,7 @@ using namespace test;
 
 constexpr int nb = 96;
 
-class QrSchedule : public OnSoftwareDevice
+class QrSchedule : public WithControls
 {
 protected:
     /// Factorises a random matrix and returns the calls that it took.

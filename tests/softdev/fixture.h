@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "softdev.h"
+#include "softdev_launch.h"
 
 /// Starts every test on the default machine, and finds out if it leaves something behind.
 class SoftdevTest : public testing::Test

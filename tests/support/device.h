@@ -12,20 +12,26 @@
 
 namespace test {
 
-#ifdef TARN_NO_SOFTDEV
-inline constexpr bool onSoftwareDevice = false;
+#ifdef TARN_CUDA
+/// Whether the emulated GPU is what the CUDA build runs on.
+bool findControls();
 #else
-inline constexpr bool onSoftwareDevice = true;
+inline bool findControls() { return true; }
 #endif
 
-/// Base of tests that read the call log, inject failures or set up machines.
-class OnSoftwareDevice : public testing::Test
+/// Whether the device has the controls of softdev.h: the software device and the emulated GPU have.
+inline const bool hasControls = findControls();
+
+/// Base of tests that read the call log, inject failures or set up machines. Injected failures are not sticky: what
+/// follows them is part of the test.
+class WithControls : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        if (!onSoftwareDevice)
-            GTEST_SKIP() << "needs the controls of the software device";
+        if (!hasControls)
+            GTEST_SKIP() << "needs a device with controls";
+        softdevSetSticky(false);
     }
     void TearDown() override { softdevClearFailures(); }
 };

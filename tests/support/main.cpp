@@ -25,7 +25,7 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         constexpr const char* option = "--device=";
         const bool known = std::strncmp(argv[i], option, std::strlen(option)) == 0;
-        if (!known || (test::onSoftwareDevice && !setDevice(argv[i] + std::strlen(option)))) {
+        if (!known || (test::hasControls && !setDevice(argv[i] + std::strlen(option)))) {
             std::fprintf(stderr, "cannot serve %s\n", argv[i]);
             return 2;
         }

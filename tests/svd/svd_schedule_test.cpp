@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-class SvdSchedule : public OnSoftwareDevice
+class SvdSchedule : public WithControls
 {
 protected:
     const Initialized library;

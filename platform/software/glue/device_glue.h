@@ -1,10 +1,8 @@
 // What the library needs of a provider beyond the calls of the CUDA runtime and cuBLAS. Here: the software device.
 #pragma once
 
-#include "race_check.h"
-
 #include <cuda_runtime.h>
-#include <softdev.h>
+#include <softdev_launch.h>
 
 #include <string>
 #include <string_view>
@@ -61,10 +59,7 @@ public:
     }
 
 private:
-    void run() const
-    {
-        race::block([this] { std::apply(Kernel, arguments_); });
-    }
+    void run() const { std::apply(Kernel, arguments_); }
 
 #ifdef TARN_WIDE_KERNELS
     /// The same, with all that it calls compiled into it for vectors of 64 bytes. Results are the same bit by bit: what

@@ -1,8 +1,6 @@
 // The thread block of a kernel on the software device: one host thread runs a phase for all threads of the block.
 #pragma once
 
-#include "race_check.h"
-
 #include <cuda_runtime.h>
 
 /// Before a loop: unrolls it on a GPU. On a CPU the loop over threads inside it is the long one.
@@ -24,7 +22,7 @@ struct Block
         for (int ty = 0; ty < Y; ++ty)
 #pragma GCC ivdep
             for (int tx = 0; tx < X; ++tx)
-                race::thread(X * ty + tx, [&] { phase(tx, ty); });
+                phase(tx, ty);
     }
 
     /// As each, along ty: for phases whose memory is contiguous in ty.
@@ -34,7 +32,7 @@ struct Block
         for (int tx = 0; tx < X; ++tx)
 #pragma GCC ivdep
             for (int ty = 0; ty < Y; ++ty)
-                race::thread(X * ty + tx, [&] { phase(tx, ty); });
+                phase(tx, ty);
     }
 
     /// phase(tx, ty, step) for every thread of the block and the steps from 0 to `steps` - 1 in order. Runs along ty,
@@ -46,10 +44,10 @@ struct Block
             for (int step = 0; step < steps; ++step)
 #pragma GCC ivdep
                 for (int ty = 0; ty < Y; ++ty)
-                    race::thread(X * ty + tx, [&] { phase(tx, ty, step); });
+                    phase(tx, ty, step);
     }
 
-    void sync() const { race::sync(); }
+    void sync() const {}
 };
 
 template <int X>
@@ -63,7 +61,7 @@ struct Block<X, 1>
     {
 #pragma GCC ivdep
         for (int t = 0; t < X; ++t)
-            race::thread(t, [&] { phase(t); });
+            phase(t);
     }
 
     /// phase(t) for the threads t below count, which is at most X.
@@ -72,7 +70,7 @@ struct Block<X, 1>
     {
 #pragma GCC ivdep
         for (int t = 0; t < count; ++t)
-            race::thread(t, [&] { phase(t); });
+            phase(t);
     }
 
     /// phase(tx, ty) for every thread t = W ty + tx: the block in rows of W threads.
@@ -89,7 +87,7 @@ struct Block<X, 1>
         Block<W, X / W>().eachAlongY(phase);
     }
 
-    void sync() const { race::sync(); }
+    void sync() const {}
 };
 
 /// A register of each of the N threads of a block that lives from one phase to the next.
@@ -107,16 +105,14 @@ private:
 };
 
 /// Whether threads may read a tile of a matrix from where it stands, even against the run of its columns: the caches of
-/// a CPU do for them what shared memory does on a GPU. Under the race check tiles are staged as on a GPU.
-inline constexpr bool readsInPlace = !race::built;
+/// a CPU do for them what shared memory does on a GPU.
+inline constexpr bool readsInPlace = true;
 
 /// Adds what the threads hold in `values` to the parts, of type R, of the `count` elements of type T from y on, each
-/// part atomically. True: done. Under the race check threads add for themselves.
+/// part atomically. True: done.
 template <class R, class T, int N>
 bool atomicAddRun(T* y, int count, const Private<T, N>& values)
 {
-    if (race::built)
-        return false;
     softAtomicAddRun(reinterpret_cast<R*>(y), reinterpret_cast<const R*>(values.data()),
                      count * int(sizeof(T) / sizeof(R)));
     return true;

@@ -25,6 +25,7 @@ enum cudaError
     cudaErrorInvalidResourceHandle = 400,
     cudaErrorIllegalAddress = 700,
     cudaErrorLaunchOutOfResources = 701,
+    cudaErrorMisalignedAddress = 716,
     cudaErrorLaunchFailure = 719,
     cudaErrorNotSupported = 801,
     cudaErrorUnknown = 999

@@ -11,12 +11,7 @@
 #define __global__
 #define __device__
 #define __host__
-#ifdef __SANITIZE_THREAD__
-/// Not a local there: the sanitizer passes over what could be a register, and over a stack's reuse.
-#    define __shared__ static thread_local
-#else
-#    define __shared__
-#endif
+#define __shared__
 #define __forceinline__ __inline__ __attribute__((always_inline))
 #define __launch_bounds__(...)
 

@@ -124,7 +124,7 @@ public:
             const auto context = blasHandles().find(handle);
             if (!context)
                 return CUBLAS_STATUS_NOT_INITIALIZED;
-            if (context->device != machine().current())
+            if (context->device != machine().current() || context->device->queue.stuck() != cudaSuccess)
                 return CUBLAS_STATUS_EXECUTION_FAILED;
             BlasArguments arguments(*context->device);
             const cublasStatus_t status = body(arguments);

@@ -36,6 +36,7 @@ std::mutex mutex;
 bool recording = false;
 std::vector<SoftdevCall> recorded;
 std::vector<FailureRule> rules;
+std::atomic<bool> failed{false};
 
 void updateObserved() { callsObserved = recording || !rules.empty(); }
 
@@ -54,6 +55,7 @@ int countCall(Failing kind, const std::string& name, bool isLaunch)
                                [](const FailureRule& rule) { return rule.remaining <= 0 && !rule.fromThenOn; }),
                 rules.end());
     updateObserved();
+    failed = failed || code != 0;
     return code;
 }
 
@@ -75,6 +77,8 @@ int observeCall(SoftdevCall call, bool isLaunch)
         recorded.push_back(std::move(call));
     return code;
 }
+
+bool someCallFailed() { return failed; }
 
 int announceLaunch(const char* name, dim3 grid, dim3 block)
 {
@@ -126,6 +130,7 @@ void softdevClearFailures() noexcept
     {
         const std::lock_guard lock(mutex);
         rules.clear();
+        failed = false;
         updateObserved();
     }
     machine().forgetExecutionErrors();

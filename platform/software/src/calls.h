@@ -79,4 +79,8 @@ int announceLaunch(const char* name, dim3 grid, dim3 block);
 /// Counts a launch against the executions that are to fail: the code that this one must end with, or cudaSuccess.
 cudaError_t announceExecution(const char* name);
 
+/// Whether a call or an execution has been made to fail since softdevClearFailures: later work may then rightly find
+/// what should have been written missing.
+bool someCallFailed();
+
 } // namespace tarn::soft

@@ -1,8 +1,10 @@
 #include "checks.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
-#include "memory_copy.h"
+#include "parallel.h"
 
 namespace tarn::soft {
 
@@ -13,7 +15,17 @@ static char guardByte(const char* address)
     return static_cast<char>(pattern[reinterpret_cast<std::uintptr_t>(address) % 4]);
 }
 
-void poison(char* memory, std::size_t bytes) { fillMemory(memory, 0xFF, bytes); }
+void poison(char* memory, std::size_t bytes)
+{
+    constexpr std::size_t slice = std::size_t{1} << 20;
+    forRanges(static_cast<std::int64_t>(bytes / slice + 1), 4, [=](std::int64_t begin, std::int64_t end) {
+        const std::size_t last = std::min(bytes, static_cast<std::size_t>(end) * slice);
+        std::size_t at = static_cast<std::size_t>(begin) * slice;
+        for (; at + sizeof poisonWord <= last; at += sizeof poisonWord)
+            std::memcpy(memory + at, &poisonWord, sizeof poisonWord);
+        std::memcpy(memory + at, &poisonWord, last - at);
+    });
+}
 
 void setGuard(char* memory, std::size_t bytes)
 {

@@ -2,6 +2,7 @@
 /// What a checked build does to memory so that faults show: NaN patterns and guard zones.
 
 #include <cstddef>
+#include <cstdint>
 
 namespace tarn::soft {
 
@@ -15,7 +16,11 @@ constexpr bool checked = false;
 /// from being the start of the next in every build.
 constexpr std::size_t guardBytes = 256;
 
-/// Fills memory with a pattern that reads as NaN in single and double precision.
+/// What stands in every 4 bytes of memory that nobody has written: a NaN in single and double precision, and no other
+/// that anything produces.
+constexpr std::uint32_t poisonWord = 0xfffdc3d7;
+
+/// Fills memory with it.
 void poison(char* memory, std::size_t bytes);
 
 /// Fills a guard zone with a pattern of its own, which reads as NaN too.

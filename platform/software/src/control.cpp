@@ -29,6 +29,10 @@ void softdevSetHold(bool hold) noexcept { machine().setHold(hold); }
 
 void softdevSetEager(bool eager) noexcept { machine().setEager(eager); }
 
+void softdevSetOrder(unsigned seed) noexcept { machine().setOrder(seed); }
+
+void softdevSetSticky(bool sticky) noexcept { machine().setSticky(sticky); }
+
 void softdevSetPoison(bool poison) noexcept { setPoison(poison); }
 
 bool softdevChecked() noexcept { return checked; }

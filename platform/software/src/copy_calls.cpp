@@ -138,13 +138,13 @@ cudaError_t copyAsynchronously(Device& current, const Copy& copy, cudaStream_t s
     if (const cudaError_t refused = check(*device, copy, work))
         return refused;
     if (work.touchesHost && !work.pageLocked)
-        return device->queue.runNow(work);
+        return device->queue.runNow(work, stream);
     Work queued{[work] { return work(), cudaSuccess; }, work.cost(), work.touchesHost};
     if (!stream) {
         device->submit(std::move(queued));
         return cudaSuccess;
     }
-    const Ticket ticket = device->queue.submit(std::move(queued));
+    const Ticket ticket = device->queue.submit(std::move(queued), stream);
     streams().update(stream, [&](Stream& entry) { entry.last = std::max(entry.last, ticket); });
     return cudaSuccess;
 }

@@ -32,7 +32,10 @@ public:
     {
         return run([&] {
             Device* device = machine().current();
-            return device ? body(*device) : machine().absence();
+            if (!device)
+                return machine().absence();
+            const cudaError_t stuck = device->queue.stuck();
+            return stuck == cudaSuccess ? body(*device) : stuck;
         });
     }
 

@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "cuda_call.h"
 
 using namespace tarn::soft;
@@ -83,50 +87,35 @@ cudaError_t cudaGetLastError()
     if (const int code = announceCall("cudaGetLastError"))
         return static_cast<cudaError_t>(code);
     const cudaError_t latched = takeLatched();
-    const cudaError_t absence = unloaded() ? cudaSuccess : machine().absence();
-    return absence == cudaSuccess ? latched : absence;
+    const cudaError_t lasting = unloaded() ? cudaSuccess : machine().lastingError();
+    return lasting == cudaSuccess ? latched : lasting;
 }
 
 const char* cudaGetErrorString(cudaError_t error)
 {
-    switch (error) {
-    case cudaSuccess:
-        return "no error";
-    case cudaErrorInvalidValue:
-        return "invalid argument";
-    case cudaErrorMemoryAllocation:
-        return "out of memory";
-    case cudaErrorInitializationError:
-        return "initialization error";
-    case cudaErrorCudartUnloading:
-        return "driver shutting down";
-    case cudaErrorInvalidConfiguration:
-        return "invalid configuration argument";
-    case cudaErrorInvalidPitchValue:
-        return "invalid pitch argument";
-    case cudaErrorInvalidDevicePointer:
-        return "invalid device pointer";
-    case cudaErrorInvalidMemcpyDirection:
-        return "invalid copy direction for memcpy";
-    case cudaErrorInsufficientDriver:
-        return "CUDA driver version is insufficient for CUDA runtime version";
-    case cudaErrorNoDevice:
-        return "no CUDA-capable device is detected";
-    case cudaErrorInvalidDevice:
-        return "invalid device ordinal";
-    case cudaErrorInvalidResourceHandle:
-        return "invalid resource handle";
-    case cudaErrorIllegalAddress:
-        return "an illegal memory access was encountered";
-    case cudaErrorLaunchOutOfResources:
-        return "too many resources requested for launch";
-    case cudaErrorLaunchFailure:
-        return "unspecified launch failure";
-    case cudaErrorNotSupported:
-        return "operation not supported";
-    case cudaErrorUnknown:
-        return "unknown error";
-    }
-    return "unrecognized error code";
+    static const std::pair<cudaError_t, const char*> texts[] = {
+        {cudaSuccess, "no error"},
+        {cudaErrorInvalidValue, "invalid argument"},
+        {cudaErrorMemoryAllocation, "out of memory"},
+        {cudaErrorInitializationError, "initialization error"},
+        {cudaErrorCudartUnloading, "driver shutting down"},
+        {cudaErrorInvalidConfiguration, "invalid configuration argument"},
+        {cudaErrorInvalidPitchValue, "invalid pitch argument"},
+        {cudaErrorInvalidDevicePointer, "invalid device pointer"},
+        {cudaErrorInvalidMemcpyDirection, "invalid copy direction for memcpy"},
+        {cudaErrorInsufficientDriver, "CUDA driver version is insufficient for CUDA runtime version"},
+        {cudaErrorNoDevice, "no CUDA-capable device is detected"},
+        {cudaErrorInvalidDevice, "invalid device ordinal"},
+        {cudaErrorInvalidResourceHandle, "invalid resource handle"},
+        {cudaErrorIllegalAddress, "an illegal memory access was encountered"},
+        {cudaErrorLaunchOutOfResources, "too many resources requested for launch"},
+        {cudaErrorMisalignedAddress, "misaligned address"},
+        {cudaErrorLaunchFailure, "unspecified launch failure"},
+        {cudaErrorNotSupported, "operation not supported"},
+        {cudaErrorUnknown, "unknown error"},
+    };
+    const auto* const found =
+        std::find_if(std::begin(texts), std::end(texts), [=](const auto& entry) { return entry.first == error; });
+    return found == std::end(texts) ? "unrecognized error code" : found->second;
 }
 }

@@ -131,17 +131,36 @@ void DeviceMemory::verifyGuards(const char* memory, std::size_t bytes) const
     std::abort();
 }
 
+/// The last allocation that starts at or before the offset; the end if there is none. The caller holds the mutex.
+std::map<std::size_t, std::size_t>::const_iterator DeviceMemory::before(std::size_t offset) const
+{
+    const auto above = live_.upper_bound(offset);
+    return above == live_.begin() ? live_.end() : std::prev(above);
+}
+
 bool DeviceMemory::holds(const void* address, std::size_t bytes) const
 {
     if (!arena_.owns(address))
         return false;
     const std::size_t offset = arena_.offsetOf(address);
     const std::lock_guard lock(mutex_);
-    const auto above = live_.upper_bound(offset);
-    if (above == live_.begin())
+    const auto found = before(offset);
+    if (found == live_.end())
         return false;
-    const auto [begin, size] = *std::prev(above);
+    const auto [begin, size] = *found;
     return offset - begin <= size && bytes <= size - (offset - begin);
+}
+
+std::pair<const void*, std::size_t> DeviceMemory::allocationAt(const void* address) const
+{
+    if (!arena_.owns(address))
+        return {nullptr, 0};
+    const std::size_t offset = arena_.offsetOf(address);
+    const std::lock_guard lock(mutex_);
+    const auto found = before(offset);
+    if (found == live_.end() || offset - found->first >= found->second)
+        return {nullptr, 0};
+    return {arena_.outer(found->first), found->second};
 }
 
 } // namespace tarn::soft

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "arena.h"
 #include "free_space.h"
@@ -40,11 +41,15 @@ public:
     /// Whether [address, address + bytes) lies inside one live allocation.
     bool holds(const void* address, std::size_t bytes) const;
 
+    /// Start and bytes of the live allocation that holds the address; no bytes if none does.
+    std::pair<const void*, std::size_t> allocationAt(const void* address) const;
+
     /// The addresses of the device; any may be asked about.
     const Arena& arena() const { return arena_; }
 
 private:
     std::size_t blockBytes(std::size_t bytes) const;
+    std::map<std::size_t, std::size_t>::const_iterator before(std::size_t offset) const;
     void verifyGuards(const char* memory, std::size_t bytes) const;
 
     const std::size_t capacity_;

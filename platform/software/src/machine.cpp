@@ -29,12 +29,9 @@ Machine& machine() { return theMachine; }
 
 bool unloaded() { return machineIsGone.load(std::memory_order_relaxed); }
 
-Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex, bool hold, bool eager)
+Device::Device(const SoftdevDevice& deviceRecord, int deviceIndex)
     : record(deviceRecord), index(deviceIndex), memory(deviceRecord.memory)
-{
-    queue.setHold(hold);
-    queue.setEager(eager);
-}
+{}
 
 cudaDeviceProp Device::properties() const
 {
@@ -89,6 +86,15 @@ cudaError_t Machine::absence()
     return versions.driver == 0 ? cudaErrorInsufficientDriver : cudaErrorNoDevice;
 }
 
+cudaError_t Machine::lastingError()
+{
+    if (const cudaError_t none = absence())
+        return none;
+    const auto index = static_cast<std::size_t>(currentIndex());
+    const Device* ready = index < slots_.size() ? slots_[index]->device.load(std::memory_order_acquire) : nullptr;
+    return ready ? ready->queue.stuck() : cudaSuccess;
+}
+
 Device* Machine::device(int index)
 {
     if (index < 0 || index >= static_cast<int>(slots_.size()))
@@ -98,7 +104,11 @@ Device* Machine::device(int index)
         return ready;
     const std::lock_guard lock(mutex_);
     if (!slot.owned) {
-        slot.owned = std::make_unique<Device>(slot.record, index, hold_, eager_);
+        slot.owned = std::make_unique<Device>(slot.record, index);
+        slot.owned->queue.setHold(hold_);
+        slot.owned->queue.setEager(eager_);
+        slot.owned->queue.setOrder(order_);
+        slot.owned->queue.setSticky(sticky_);
         slot.device.store(slot.owned.get(), std::memory_order_release);
     }
     return slot.owned.get();
@@ -158,6 +168,20 @@ void Machine::setEager(bool eager)
     const std::lock_guard lock(mutex_);
     eager_ = eager;
     forDevices([=](Device& device) { device.queue.setEager(eager); });
+}
+
+void Machine::setOrder(unsigned seed)
+{
+    const std::lock_guard lock(mutex_);
+    order_ = seed;
+    forDevices([=](Device& device) { device.queue.setOrder(seed); });
+}
+
+void Machine::setSticky(bool sticky)
+{
+    const std::lock_guard lock(mutex_);
+    sticky_ = sticky;
+    forDevices([=](Device& device) { device.queue.setSticky(sticky); });
 }
 
 void Machine::setDevices(const std::vector<SoftdevDevice>& records)

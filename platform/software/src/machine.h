@@ -21,12 +21,13 @@ constexpr std::size_t maxCopyPitch = 0x7fffffff;
 class Device
 {
 public:
-    Device(const SoftdevDevice& record, int index, bool hold, bool eager);
+    Device(const SoftdevDevice& record, int index);
 
     const SoftdevDevice record;
     const int index;
     DeviceMemory memory;
     Queue queue;
+    std::shared_ptr<void> companion; ///< what runs the kernels keeps here; touched by the executor of work alone
 
     cudaDeviceProp properties() const;
 
@@ -51,9 +52,13 @@ public:
     Machine();
     ~Machine();
 
-    /// What every call that needs a device returns while the machine has none, and cudaGetLastError again and again:
-    /// cudaErrorInsufficientDriver without a driver (version 0), else cudaErrorNoDevice. cudaSuccess if it has one.
+    /// What every call that needs a device returns while the machine has none: cudaErrorInsufficientDriver without a
+    /// driver (version 0), else cudaErrorNoDevice. cudaSuccess if it has one.
     cudaError_t absence();
+
+    /// What cudaGetLastError returns again and again: the absence of devices, or the failure that the current device,
+    /// if it was brought up, is stuck with.
+    cudaError_t lastingError();
 
     /// Number of devices. Devices are brought up by the first call that asks for one, not by this one.
     int deviceCount();
@@ -78,6 +83,8 @@ public:
     void forgetExecutionErrors();
     void setHold(bool hold);
     void setEager(bool eager);
+    void setOrder(unsigned seed);
+    void setSticky(bool sticky);
 
     /// Replaces the devices. Nothing may be alive on them.
     void setDevices(const std::vector<SoftdevDevice>& records);
@@ -100,6 +107,8 @@ private:
     std::vector<std::unique_ptr<Slot>> slots_;
     bool hold_;
     bool eager_ = false;
+    unsigned order_ = 0;
+    bool sticky_ = stickyAtFirst;
     std::atomic<unsigned> generation_{1}; ///< counts the sets of devices; a thread's choice is good for one of them
 };
 

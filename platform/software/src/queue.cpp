@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
+#include <vector>
 
 namespace tarn::soft {
 
@@ -37,17 +38,17 @@ Queue::~Queue()
         thread_.join();
 }
 
-Ticket Queue::submit(Work work)
+Ticket Queue::submit(Work work, cudaStream_t stream)
 {
     const std::lock_guard lock(mutex_);
     const Ticket ticket = ++issued_;
     pendingCost_ += work.cost;
-    entries_.push_back({ticket, std::move(work)});
+    entries_.push_back({ticket, std::move(work), stream});
     wakeIfWorthwhile();
     return ticket;
 }
 
-cudaError_t Queue::runNow(const std::function<void()>& body)
+cudaError_t Queue::runNow(const std::function<void()>& body, cudaStream_t stream)
 {
     Ticket ticket;
     {
@@ -62,7 +63,7 @@ cudaError_t Queue::runNow(const std::function<void()>& body)
             leaveExecutorRole();
             return takeError(ticket);
         }
-        entries_.push_back({ticket, {[&] { return body(), cudaSuccess; }, 0, false}});
+        entries_.push_back({ticket, {[&] { return body(), cudaSuccess; }, 0, false}, stream});
     }
     return wait(ticket);
 }
@@ -77,22 +78,23 @@ cudaError_t Queue::wait(Ticket ticket)
 cudaError_t Queue::settle(Ticket ticket)
 {
     std::unique_lock lock(mutex_);
-    waitUntilDone(lock, hold_ ? ticket : issued_);
+    waitUntilDone(lock, ticket);
+    if (!hold_ && !drawn_)
+        waitUntilAllDone(lock);
     return takeError(ticket);
 }
 
 cudaError_t Queue::waitAll()
 {
     std::unique_lock lock(mutex_);
-    const Ticket last = issued_;
-    waitUntilDone(lock, last);
-    return takeError(last);
+    waitUntilAllDone(lock);
+    return takeError(issued_);
 }
 
 void Queue::drain()
 {
     std::unique_lock lock(mutex_);
-    waitUntilDone(lock, issued_);
+    waitUntilAllDone(lock);
 }
 
 void Queue::releaseLate()
@@ -119,17 +121,41 @@ void Queue::setEager(bool eager)
     wakeIfWorthwhile();
 }
 
+void Queue::setOrder(unsigned seed)
+{
+    const std::lock_guard lock(mutex_);
+    drawn_ = seed != 0;
+    random_.seed(seed);
+}
+
+void Queue::setSticky(bool sticky) { sticky_ = sticky; }
+
 void Queue::forgetError()
 {
     const std::lock_guard lock(mutex_);
     error_ = cudaSuccess;
 }
 
-/// Runs the first entry without the lock. The caller has the role of executor.
-void Queue::executeFront(std::unique_lock<std::mutex>& lock)
+/// The entry to run next: the first one, or, where the order is drawn, one of those that come first in their stream.
+/// Work of the default stream waits for all that was issued before, and all that is issued later waits for it.
+std::size_t Queue::chooseNext()
 {
-    Entry entry = std::move(entries_.front());
-    entries_.pop_front();
+    if (!drawn_)
+        return 0;
+    std::vector<std::size_t> candidates;
+    std::set<cudaStream_t> seen;
+    for (std::size_t i = 0; i < entries_.size() && entries_[i].stream; ++i)
+        if (seen.insert(entries_[i].stream).second)
+            candidates.push_back(i);
+    return candidates.empty() ? 0 : candidates[random_() % candidates.size()];
+}
+
+/// Runs one entry without the lock. The caller has the role of executor.
+void Queue::executeNext(std::unique_lock<std::mutex>& lock)
+{
+    const auto next = entries_.begin() + static_cast<std::ptrdiff_t>(chooseNext());
+    Entry entry = std::move(*next);
+    entries_.erase(next);
     urgent_ = urgent_ && !entries_.empty();
     pendingCost_ -= entry.work.cost;
     lock.unlock();
@@ -145,7 +171,14 @@ void Queue::complete(Ticket ticket, cudaError_t result)
         error_ = result;
         errorTicket_ = ticket;
     }
-    completed_ = ticket;
+    if (ticket == completed_ + 1)
+        ++completed_;
+    else
+        completedAhead_.insert(ticket);
+    while (!completedAhead_.empty() && *completedAhead_.begin() == completed_ + 1) {
+        completedAhead_.erase(completedAhead_.begin());
+        ++completed_;
+    }
     if (waiters_ != 0 && ticket >= nextAwaited_) {
         nextAwaited_ = std::numeric_limits<Ticket>::max();
         done_.notify_all();
@@ -190,26 +223,35 @@ void Queue::deviceThread()
         if (!executing_) {
             executing_ = true;
             while (!stopping_ && runnable())
-                executeFront(lock);
+                executeNext(lock);
             leaveExecutorRole();
         }
         awake_ = false;
     }
 }
 
-/// Executes up to the ticket, or waits while another thread does.
+/// Executes until the ticket is done, or waits while another thread does.
 void Queue::waitUntilDone(std::unique_lock<std::mutex>& lock, Ticket ticket)
 {
-    while (completed_ < ticket) {
+    while (!done(ticket)) {
         if (executing_) {
             waitForExecutor(lock, ticket);
             continue;
         }
         executing_ = true;
-        while (completed_ < ticket)
-            executeFront(lock);
+        while (!done(ticket))
+            executeNext(lock);
         leaveExecutorRole();
     }
+}
+
+/// The same for all that was issued.
+void Queue::waitUntilAllDone(std::unique_lock<std::mutex>& lock)
+{
+    const Ticket last = issued_;
+    waitUntilDone(lock, last);
+    while (completed_ < last)
+        waitUntilDone(lock, completed_ + 1);
 }
 
 /// Waits while another thread executes: until the ticket is done or the role of executor may be free.
@@ -221,7 +263,7 @@ void Queue::waitForExecutor(std::unique_lock<std::mutex>& lock, Ticket ticket)
     }
     lock.lock();
     ++waiters_;
-    while (executing_ && completed_ < ticket) {
+    while (executing_ && !done(ticket)) {
         nextAwaited_ = std::min(nextAwaited_, ticket);
         done_.wait(lock);
     }
@@ -230,7 +272,9 @@ void Queue::waitForExecutor(std::unique_lock<std::mutex>& lock, Ticket ticket)
 
 cudaError_t Queue::takeError(Ticket ticket)
 {
-    return errorTicket_ <= ticket ? std::exchange(error_, cudaSuccess) : cudaSuccess;
+    if (errorTicket_ > ticket)
+        return cudaSuccess;
+    return sticky_ ? error_.load() : error_.exchange(cudaSuccess);
 }
 
 } // namespace tarn::soft

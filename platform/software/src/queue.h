@@ -8,6 +8,8 @@
 #include <functional>
 #include <limits>
 #include <mutex>
+#include <random>
+#include <set>
 #include <thread>
 
 #include "cuda_runtime.h"
@@ -16,6 +18,13 @@ namespace tarn::soft {
 
 /// Place of a piece of work in the order of issue, counted from 1.
 using Ticket = std::uint64_t;
+
+/// Whether failures are sticky before anybody says so.
+#ifdef TARN_EMULATED_GPU
+constexpr bool stickyAtFirst = true;
+#else
+constexpr bool stickyAtFirst = false;
+#endif
 
 /// One piece of queued work.
 struct Work
@@ -26,11 +35,12 @@ struct Work
 };
 
 /// Work in the order of issue, which is also the order of execution: with the legacy default stream every stream waits
-/// for the default stream and the default stream for all, so that one queue for all streams is a legal schedule.
+/// for the default stream and the default stream for all, so that one queue for all streams is a legal schedule. Other
+/// legal ones can be drawn (setOrder).
 ///
 /// Whoever executes holds the role of executor, one thread at a time. The device's own thread takes it when there is
 /// work worth waking it for; a thread that waits takes it when it is free, so that a short call costs no switch of
-/// threads. An execution failure is kept until a wait that covers it returns it.
+/// threads. An execution failure is kept until a wait that covers it returns it, or for good if failures are sticky.
 class Queue
 {
 public:
@@ -39,11 +49,11 @@ public:
     Queue(const Queue&) = delete;
     Queue& operator=(const Queue&) = delete;
 
-    /// Appends work and returns at once.
-    Ticket submit(Work work);
+    /// Appends work of a stream, null being the default stream, and returns at once.
+    Ticket submit(Work work, cudaStream_t stream = nullptr);
 
-    /// Waits for everything issued before, runs `body`, and returns a failure among all that.
-    cudaError_t runNow(const std::function<void()>& body);
+    /// Waits for everything that the stream waits for, runs `body`, and returns a failure among all that.
+    cudaError_t runNow(const std::function<void()>& body, cudaStream_t stream = nullptr);
 
     /// Waits until the work with this ticket is done. Returns the failure of an execution up to it, once.
     cudaError_t wait(Ticket ticket);
@@ -64,35 +74,47 @@ public:
 
     void setHold(bool hold);
     void setEager(bool eager);
+    void setOrder(unsigned seed);
+    void setSticky(bool sticky);
     void forgetError();
+
+    /// The failure that stays, where failures are sticky and one has happened; else cudaSuccess.
+    cudaError_t stuck() const { return sticky_ ? error_.load() : cudaSuccess; }
 
 private:
     struct Entry
     {
         Ticket ticket;
         Work work;
+        cudaStream_t stream;
     };
 
     void deviceThread();
-    void executeFront(std::unique_lock<std::mutex>& lock);
+    void executeNext(std::unique_lock<std::mutex>& lock);
+    std::size_t chooseNext();
     void complete(Ticket ticket, cudaError_t result);
     void leaveExecutorRole();
     bool runnable() const;
     void wakeIfWorthwhile();
     void wakeDeviceThread();
+    bool done(Ticket ticket) const { return completed_ >= ticket || completedAhead_.count(ticket) != 0; }
     void waitUntilDone(std::unique_lock<std::mutex>& lock, Ticket ticket);
+    void waitUntilAllDone(std::unique_lock<std::mutex>& lock);
     void waitForExecutor(std::unique_lock<std::mutex>& lock, Ticket ticket);
     cudaError_t takeError(Ticket ticket);
 
     std::mutex mutex_;
     std::deque<Entry> entries_;
     Ticket issued_ = 0;
-    std::atomic<Ticket> completed_{0};
-    std::int64_t pendingCost_ = 0; ///< of the entries, ns
-    bool executing_ = false;       ///< some thread has the role of executor
+    std::atomic<Ticket> completed_{0}; ///< this and all before it are done
+    std::set<Ticket> completedAhead_;  ///< done before one that was issued earlier
+    std::int64_t pendingCost_ = 0;     ///< of the entries, ns
+    bool executing_ = false;           ///< some thread has the role of executor
     bool hold_ = false;
     bool eager_ = false;
     bool urgent_ = false; ///< the entries are to run soon, however small they are
+    bool drawn_ = false;  ///< the order of different streams is drawn
+    std::minstd_rand random_;
 
     std::condition_variable done_;
     int waiters_ = 0;
@@ -104,7 +126,8 @@ private:
     bool awake_ = false;
     bool stopping_ = false;
 
-    cudaError_t error_ = cudaSuccess;
+    std::atomic<bool> sticky_{stickyAtFirst};
+    std::atomic<cudaError_t> error_{cudaSuccess};
     Ticket errorTicket_ = 0;
 };
 

@@ -1,6 +1,8 @@
 #include "blas/blas.h"
 #include "blas/letters.h"
+#include "frame/error_state.h"
 #include "frame/exceptions.h"
+#include "frame/thread_state.h"
 #include "lapack/kernels.h"
 #include "lapack/lu/lu.h"
 #include "memory/mirrors.h"
@@ -50,9 +52,11 @@ void getrs(char trans, int n, int nrhs, T* a, int lda, int* ipiv, T* b, int ldb)
     if (trans != 'N')
         featureNotImplemented();
 
-    // B := U^-1 L^-1 P B; the interchanges read their pivots on the host.
+    // B := U^-1 L^-1 P B; the interchanges read their pivots on the host. Pivots that did not arrive would lead a
+    // kernel out of the matrix.
     {
         HostMirror<int> pivots({n, 1, 1}, ipiv, n, MirrorIn);
+        velk::throwOnCudaError(takePostponedError());
         kernel::LASWP(nrhs, b, ldb, 1, n, pivots.data(), 1);
     }
     blas::trsm('L', 'L', 'N', 'U', n, nrhs, T(1), a, lda, b, ldb);

@@ -1,13 +1,10 @@
 #pragma once
-/// Control of the software device: the part that is not CUDA's. Tests use it to set up machines, to read what was
-/// called, to make calls fail and to count what is alive; the launch glue uses it to run kernels.
+/// Control of the software device and of the emulated GPU: the part that is not CUDA's. Tests use it to set up
+/// machines, to read what was called, to make calls fail and to count what is alive.
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <vector>
-
-#include "cuda_runtime.h"
 
 #pragma GCC visibility push(default)
 
@@ -42,6 +39,16 @@ void softdevSetHold(bool hold) noexcept;
 /// Eager mode: the device's own thread takes up whatever is queued, at once, as a GPU does. Held work stays held, and
 /// late copies late. Off at first: then the thread is woken where that saves time, which on two cores is never.
 void softdevSetEager(bool eager) noexcept;
+
+/// The order of work on different streams, as far as the rules leave it open: a number other than 0 draws, for each
+/// piece of work that runs, among the streams whose next piece may run. A missing wait between two streams then shows.
+/// 0: the order of issue, as at first.
+void softdevSetOrder(unsigned seed) noexcept;
+
+/// Sticky errors, as on a GPU: after a failed execution every call that needs the device returns its code, and so does
+/// cudaGetLastError, until softdevClearFailures. Off at first on the software device, which reports a failure once; on
+/// in the emulated GPU.
+void softdevSetSticky(bool sticky) noexcept;
 
 /// Fills fresh device memory with NaN patterns. Always on in checked builds.
 void softdevSetPoison(bool poison) noexcept;
@@ -96,20 +103,5 @@ SoftdevLive softdevLive() noexcept;
 
 /// Starts the peak anew from the bytes that are alive now.
 void softdevResetPeak() noexcept;
-
-// ---- launches ----------------------------------------------------------------------------------------------------
-
-/// Translates a device address of the current device for use inside a kernel. Null stays null. An address outside every
-/// live allocation (its end still counts as inside) gives cudaErrorInvalidValue; nothing is latched.
-cudaError_t softdevDeviceView(const void* address, void** view) noexcept;
-
-/// Latches `code` for the calling thread and returns it: how the glue refuses a launch.
-cudaError_t softdevFail(cudaError_t code) noexcept;
-
-/// Queues a kernel on the default stream of the current device: `runBlock` is called once per block, on any thread,
-/// with blockIdx, blockDim and gridDim set. Runs nothing and latches cudaErrorInvalidConfiguration if a grid extent is
-/// 0 or above the device's limit, if `block` differs from `kernelBlock`, the shape that the kernel was written for, or
-/// if a block has more than 1024 threads. `name` is copied.
-cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBlock, std::function<void()> runBlock);
 
 #pragma GCC visibility pop
