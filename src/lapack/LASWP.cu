@@ -24,7 +24,7 @@ struct swstruct
 
 /// Exchanges rows of A; one thread owns one of the n columns and makes the interchanges in order.
 template <class Map, class T>
-__global__ void KernelLASWP(int n, T* A, int lda, int k0, int count, swstruct sw)
+__global__ void KernelLASWP(int n, T* A, int lda, int k0, int count, const __grid_constant__ swstruct sw)
 {
     const Line block;
     const unsigned first = Map::firstItem();
@@ -46,7 +46,7 @@ __global__ void KernelLASWP(int n, T* A, int lda, int k0, int count, swstruct sw
 
 /// Exchanges columns of A; one thread owns one of the n rows and makes the interchanges in order.
 template <class Map, class T>
-__global__ void KernelLASWPCOL(int n, T* A, int lda, int k0, int count, swstruct sw)
+__global__ void KernelLASWPCOL(int n, T* A, int lda, int k0, int count, const __grid_constant__ swstruct sw)
 {
     const Line block;
     const unsigned first = Map::firstItem();

@@ -81,16 +81,14 @@ __global__ void offset32(int* out, int ld)
     });
 }
 
-/// One thread too many.
+/// An array that ends one element too early for it.
 template <bool sound>
 __global__ void oneTooMany(int* out, int)
 {
     const Line block;
     block.each([&](int t) {
-        if (t < threads - sound)
-            out[t + 1] = (t + 2) % threads; // one-too-many
-        if (t == 0)
-            out[t] = 1;
+        out[t] = (t + 1) % threads;
+        out[threads + t + !sound] = 0; // one-too-many
     });
 }
 

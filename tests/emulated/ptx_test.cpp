@@ -17,7 +17,7 @@ constexpr std::uint32_t unwritten = 0xfffdc3d7;
 class OneAllocation : public Memory
 {
 public:
-    static constexpr std::uint64_t begin = 0x10000;
+    static constexpr std::uint64_t begin = 0x10100;
 
     explicit OneAllocation(std::size_t words) : words_(words, unwritten), shadow_(words) {}
 
@@ -163,6 +163,10 @@ TEST(Ptx, MemoryOfEveryKindAndWidth)
         "cvt.s32.s16 %r3, %rs2;\nmov.u32 %r4, 7;\nst.global.v2.u32 [%rd1+8], {%r3, %r4};\n"
         "ld.global.v2.u32 {%r5, %r6}, [%rd1+8];\nadd.s32 %r5, %r5, %r6;\nst.global.u32 [%rd1], %r5;",
         memory);
+    run("mov.b64 %rd3, k_param_0;\nadd.s64 %rd3, %rd3, 2;\nld.param.u16 %rs1, [%rd3+-2];\ncvt.u32.u16 %r3, %rs1;\n"
+        "st.global.u32 [%rd1+4], %r3;",
+        memory);
+    EXPECT_EQ(memory.as<std::int32_t>()[1], int(OneAllocation::begin & 0xffff)) << "a parameter's address";
     EXPECT_EQ(memory.as<std::int32_t>()[2], -2);
     EXPECT_EQ(memory.as<std::int32_t>()[0], 5);
 }
@@ -182,6 +186,7 @@ TEST(Ptx, AddressesAreChecked)
 {
     EXPECT_TRUE(contains(fault("st.global.u32 [%rd1+256], %r1;"), "not allocated"));
     EXPECT_TRUE(contains(fault("ld.global.u32 %r3, [%rd1+-4];"), "not allocated"));
+    EXPECT_TRUE(contains(fault("mov.b64 %rd3, -4;\nld.global.u32 %r3, [%rd3];"), "not allocated"));
     EXPECT_TRUE(contains(fault("st.global.u32 [%rd1+2], %r1;"), "not divisible by 4"));
     EXPECT_TRUE(contains(fault("st.global.v2.u32 [%rd1+4], {%r1, %r1};"), "not divisible by 8"));
     EXPECT_TRUE(contains(fault("mov.u32 %r3, tile;\nst.shared.u32 [%r3+512], %r1;"), "shared memory behind its end"));

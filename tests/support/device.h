@@ -15,12 +15,15 @@ namespace test {
 #ifdef TARN_CUDA
 /// Whether the emulated GPU is what the CUDA build runs on.
 bool findControls();
+inline constexpr bool isCudaBuild = true;
 #else
 inline bool findControls() { return true; }
+inline constexpr bool isCudaBuild = false;
 #endif
 
 /// Whether the device has the controls of softdev.h: the software device and the emulated GPU have.
 inline const bool hasControls = findControls();
+inline const bool onEmulatedGpu = isCudaBuild && hasControls;
 
 /// Base of tests that read the call log, inject failures or set up machines. Injected failures are not sticky: what
 /// follows them is part of the test.

@@ -1,6 +1,6 @@
 // main of all test programs. On the software device, --device=MAJOR.MINOR chooses the machine's one device, without
 // overlap of copies and kernels below capability 2.0. It works eagerly, so that what host and device do at a time
-// overlaps on any machine.
+// overlaps on any machine, and draws the order of work on different streams.
 #include "support/device.h"
 
 #include "cpu_blas.h"
@@ -31,5 +31,6 @@ int main(int argc, char** argv)
         }
     }
     softdevSetEager(true);
+    softdevSetOrder(1);
     return RUN_ALL_TESTS();
 }

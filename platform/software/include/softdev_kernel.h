@@ -14,6 +14,7 @@
 #define __shared__
 #define __forceinline__ __inline__ __attribute__((always_inline))
 #define __launch_bounds__(...)
+#define __grid_constant__
 
 /// Coordinates of the block that the calling thread runs.
 struct SoftBlock

@@ -104,9 +104,9 @@ private:
     }
 
     template <class T, Space space>
-    void memory(const std::string& state, const std::string& type)
+    void load(const std::string& name)
     {
-        add("ld." + state + "." + type, Form::load, {typeOf<T>()}, [](ThreadBlock& block, const Instruction& i) {
+        add(name, Form::load, {typeOf<T>()}, [](ThreadBlock& block, const Instruction& i) {
             const int bytes = int(sizeof(T) * i.rows.size());
             block.count(space, Access::read, i, bytes);
             block.forActive([&](int t) {
@@ -119,7 +119,12 @@ private:
                 }
             });
         });
-        add("st." + state + "." + type, Form::store, {typeOf<T>()}, [](ThreadBlock& block, const Instruction& i) {
+        opcodes_.at(name).global = space == Space::global;
+    }
+    template <class T, Space space>
+    void store(const std::string& name)
+    {
+        add(name, Form::store, {typeOf<T>()}, [](ThreadBlock& block, const Instruction& i) {
             const int bytes = int(sizeof(T) * i.rows.size());
             block.count(space, Access::write, i, bytes);
             block.forActive([&](int t) {
@@ -131,23 +136,7 @@ private:
                 }
             });
         });
-        opcodes_.at("ld." + state + "." + type).global = space == Space::global;
-        opcodes_.at("st." + state + "." + type).global = space == Space::global;
-    }
-
-    /// Bytes of the parameters, the same for all threads.
-    template <class T>
-    void parameter(const std::string& type)
-    {
-        add("ld.param." + type, Form::parameter, {typeOf<T>()}, [](ThreadBlock& block, const Instruction& i) {
-            const char* from = block.parameter(i, sizeof(T) * i.rows.size());
-            for (const int row : i.rows) {
-                T value;
-                std::memcpy(&value, from, sizeof value);
-                block.forActive([&](int t) { block.put(row, t, value); });
-                from += sizeof value;
-            }
-        });
+        opcodes_.at(name).global = space == Space::global;
     }
 
     /// destination = what stood there; there stands rule(that, source).
@@ -186,7 +175,7 @@ private:
     template <class T>
     void floating(const std::string& type);
     template <class T>
-    void allMemory(const std::string& type);
+    void memory(const std::string& type);
     void predicates();
     void conversions();
 
@@ -274,13 +263,16 @@ void Table::floating(const std::string& type)
 }
 
 template <class T>
-void Table::allMemory(const std::string& type)
+void Table::memory(const std::string& type)
 {
-    memory<T, Space::global>("global", type);
-    memory<T, Space::global>("global.nc", type);
-    memory<T, Space::shared>("shared", type);
-    memory<T, Space::local>("local", type);
-    parameter<T>(type);
+    load<T, Space::global>("ld.global." + type);
+    load<T, Space::global>("ld.global.nc." + type);
+    load<T, Space::shared>("ld.shared." + type);
+    load<T, Space::local>("ld.local." + type);
+    load<T, Space::parameters>("ld.param." + type);
+    store<T, Space::global>("st.global." + type);
+    store<T, Space::shared>("st.shared." + type);
+    store<T, Space::local>("st.local." + type);
 }
 
 void Table::predicates()
@@ -321,10 +313,10 @@ Table::Table()
     conversions();
     atomic<s32>("atom.global.max.s32", [](s32 a, s32 b) { return std::max(a, b); });
 
-    allMemory<u8>("b8"), allMemory<u8>("u8"), allMemory<s8>("s8");
-    allMemory<u16>("b16"), allMemory<u16>("u16"), allMemory<s16>("s16");
-    allMemory<u32>("b32"), allMemory<u32>("u32"), allMemory<s32>("s32"), allMemory<f32>("f32");
-    allMemory<u64>("b64"), allMemory<u64>("u64"), allMemory<s64>("s64"), allMemory<f64>("f64");
+    memory<u8>("b8"), memory<u8>("u8"), memory<s8>("s8");
+    memory<u16>("b16"), memory<u16>("u16"), memory<s16>("s16");
+    memory<u32>("b32"), memory<u32>("u32"), memory<s32>("s32"), memory<f32>("f32");
+    memory<u64>("b64"), memory<u64>("u64"), memory<s64>("s64"), memory<f64>("f64");
 
     for (const char* name : {"bra", "bra.uni"})
         add(name, Form::branch, {}, nullptr);

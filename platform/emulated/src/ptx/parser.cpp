@@ -318,9 +318,14 @@ private:
         return offset;
     }
 
-    /// Whether the name is a variable of shared or local memory, and its offset there.
+    /// Whether the name is a parameter or a variable of shared or local memory, and its offset there.
     bool findVariable(const std::string& name, std::int64_t& offset)
     {
+        for (const Parameter& parameter : kernel_->parameters)
+            if (parameter.name == name) {
+                offset = parameter.offset;
+                return true;
+            }
         const auto placed = placed_.find(name);
         const auto shared = shared_.find(name);
         if (placed == placed_.end() && shared == shared_.end())
@@ -365,7 +370,7 @@ private:
         return row;
     }
 
-    /// [base], [base+offset]; the base is a register, a variable, or of `parameter` instructions a parameter.
+    /// [base], [base+offset]; the base is a register, a parameter or a variable.
     void address(const std::string& text, Instruction& instruction)
     {
         if (text.size() < 3 || text.front() != '[' || text.back() != ']')
@@ -376,13 +381,7 @@ private:
             base.erase(sign);
         }
         std::int64_t offset = 0;
-        if (instruction.opcode->form == Form::parameter) {
-            const auto found = std::find_if(kernel_->parameters.begin(), kernel_->parameters.end(),
-                                            [&](const Parameter& parameter) { return parameter.name == base; });
-            if (found == kernel_->parameters.end())
-                fail("no parameter " + base);
-            instruction.offset += found->offset;
-        } else if (base[0] == '%') {
+        if (base[0] == '%') {
             instruction.address = registerRow(base);
         } else if (findVariable(base, offset)) {
             instruction.offset += offset;
@@ -435,7 +434,7 @@ private:
     {
         const Opcode& opcode = *instruction.opcode;
         static const std::map<Form, std::size_t> counts = {{Form::load, 2},      {Form::store, 2},  {Form::atomic, 3},
-                                                           {Form::parameter, 2}, {Form::branch, 1}, {Form::barrier, 1},
+                                                           {Form::branch, 1}, {Form::barrier, 1},
                                                            {Form::leave, 0}};
         const std::size_t expected = opcode.form == Form::compute ? opcode.operands.size() : counts.at(opcode.form);
         if (texts.size() != expected)
@@ -446,7 +445,6 @@ private:
                 instruction.rows.push_back(operand(texts[i], opcode.operands[i], false));
             break;
         case Form::load:
-        case Form::parameter:
             data(texts[0], count, instruction);
             address(texts[1], instruction);
             break;

@@ -28,7 +28,6 @@ enum class Form
     load,      ///< destinations, address
     store,     ///< address, sources
     atomic,    ///< destination, address, source
-    parameter, ///< destinations, address of a parameter
     branch,    ///< label
     barrier,   ///< number of the barrier
     leave      ///< none

@@ -18,13 +18,19 @@ int warpsOf(const std::vector<int>& threads)
     return warps;
 }
 
+/// Whether `bytes` bytes at an offset lie inside of `size`.
+bool inside(std::uint64_t offset, int bytes, std::uint64_t size)
+{
+    return unsigned(bytes) <= size && offset <= size - unsigned(bytes);
+}
+
 } // namespace
 
 ThreadBlock::ThreadBlock(const Launch& launch)
     : launch_(launch), kernel_(*launch.kernel), threads_(int(launch.block.x * launch.block.y * launch.block.z)),
       registers_(std::size_t((kernel_.rowBytes * threads_ + 7) / 8)), shared_(std::size_t(kernel_.sharedBytes)),
-      local_(std::size_t(kernel_.localBytes * threads_)), sharedShadow_(std::size_t(kernel_.sharedBytes / 4 + 1)),
-      pending_(kernel_.rows.size())
+      local_(std::size_t(kernel_.localBytes * threads_)), parameters_(launch.parameters),
+      sharedShadow_(std::size_t(kernel_.sharedBytes / 4 + 1)), pending_(kernel_.rows.size())
 {
     for (const Constant& constant : kernel_.constants)
         for (int t = 0; t < threads_; ++t)
@@ -225,14 +231,16 @@ char* ThreadBlock::reach(Space space, Access access, const Instruction& instruct
         return inGlobal(access, instruction, t, at, bytes);
     case Space::shared:
         return inShared(access, instruction, t, at & 0xffffffff, bytes);
-    default:
+    case Space::local:
         return inLocal(instruction, t, at, bytes);
+    default:
+        return inParameters(instruction, t, at, bytes);
     }
 }
 
 const Allocation* ThreadBlock::allocation(std::uint64_t at, int bytes)
 {
-    const auto holds = [&](const Allocation& a) { return at >= a.begin && at + unsigned(bytes) <= a.end; };
+    const auto holds = [&](const Allocation& a) { return at >= a.begin && inside(at - a.begin, bytes, a.end - a.begin); };
     for (const Allocation& recent : recent_)
         if (holds(recent))
             return &recent;
@@ -257,7 +265,7 @@ char* ThreadBlock::inGlobal(Access access, const Instruction& instruction, int t
 
 char* ThreadBlock::inShared(Access access, const Instruction& instruction, int t, std::uint64_t at, int bytes)
 {
-    if (at + unsigned(bytes) > shared_.size())
+    if (!inside(at, bytes, shared_.size()))
         fault(Fault::Kind::address, "shared memory behind its end", instruction, t);
     if (launch_.checks) {
         for (std::uint64_t word = at / 4; access == Access::read && word < (at + unsigned(bytes) + 3) / 4; ++word)
@@ -270,7 +278,7 @@ char* ThreadBlock::inShared(Access access, const Instruction& instruction, int t
 
 char* ThreadBlock::inLocal(const Instruction& instruction, int t, std::uint64_t at, int bytes)
 {
-    if (at + unsigned(bytes) > std::uint64_t(kernel_.localBytes))
+    if (!inside(at, bytes, std::uint64_t(kernel_.localBytes)))
         fault(Fault::Kind::address, "local memory behind its end", instruction, t);
     return local_.data() + std::int64_t{t} * kernel_.localBytes + at;
 }
@@ -291,11 +299,11 @@ void ThreadBlock::note(ShadowWord* words, unsigned serial, Access access, const 
     }
 }
 
-const char* ThreadBlock::parameter(const Instruction& instruction, std::size_t bytes) const
+char* ThreadBlock::inParameters(const Instruction& instruction, int t, std::uint64_t at, int bytes)
 {
-    if (instruction.offset < 0 || std::size_t(instruction.offset) + bytes > launch_.parameters.size())
-        fault(Fault::Kind::address, "parameters behind their end", instruction, 0);
-    return launch_.parameters.data() + instruction.offset;
+    if (!inside(at, bytes, parameters_.size()))
+        fault(Fault::Kind::address, "parameters behind their end", instruction, t);
+    return parameters_.data() + at;
 }
 
 void ThreadBlock::fault(Fault::Kind kind, const std::string& what, const Instruction& instruction, int t) const
@@ -358,7 +366,7 @@ void ThreadBlock::endBatch()
 
 void ThreadBlock::count(Space space, Access access, const Instruction& instruction, int bytes)
 {
-    if (!launch_.counters || space == Space::local)
+    if (!launch_.counters || (space != Space::global && space != Space::shared))
         return;
     // Shared memory serves as many threads in a pass as fill 128 bytes.
     const bool shared = space == Space::shared;

@@ -24,7 +24,7 @@ struct Extent
 /// A live allocation of device memory. Its words are written and read at `data`.
 struct Allocation
 {
-    std::uint64_t begin = 1, end = 0; ///< device addresses
+    std::uint64_t begin = 0, end = 0; ///< device addresses
     char* data = nullptr;             ///< of `begin`
     ShadowWord* shadow = nullptr;     ///< of the word that holds `begin`, which is divisible by 4
 };
@@ -83,7 +83,8 @@ public:
     {
         global,
         shared,
-        local
+        local,
+        parameters
     };
     enum class Access
     {
@@ -115,9 +116,6 @@ public:
 
     /// Where the instruction finds its `bytes` bytes for thread t.
     char* reach(Space space, Access access, const Instruction& instruction, int t, int bytes);
-
-    /// A parameter's bytes.
-    const char* parameter(const Instruction& instruction, std::size_t bytes) const;
 
     /// Leaves a loaded value in a row, which may be wider than the value.
     template <class T>
@@ -176,6 +174,7 @@ private:
     char* inGlobal(Access access, const Instruction& instruction, int t, std::uint64_t address, int bytes);
     char* inShared(Access access, const Instruction& instruction, int t, std::uint64_t address, int bytes);
     char* inLocal(const Instruction& instruction, int t, std::uint64_t address, int bytes);
+    char* inParameters(const Instruction& instruction, int t, std::uint64_t address, int bytes);
     const Allocation* allocation(std::uint64_t address, int bytes);
     void note(ShadowWord* words, unsigned serial, Access access, const Instruction& instruction, int t, int bytes);
     [[noreturn]] void fault(Fault::Kind kind, const std::string& what, const Instruction& instruction, int t) const;
@@ -189,7 +188,7 @@ private:
     const Kernel& kernel_;
     const int threads_;
     std::vector<std::uint64_t> registers_;
-    std::vector<char> shared_, local_;
+    std::vector<char> shared_, local_, parameters_;
     std::vector<ShadowWord> sharedShadow_;
     std::array<Allocation, 4> recent_; ///< allocations that were found last
     std::size_t oldest_ = 0;
