@@ -160,6 +160,34 @@ TEST_F(ControlTest, FailedExecutionShowsAtTheNextWait)
     EXPECT_EQ(cudaGetLastError(), cudaErrorLaunchFailure);
 }
 
+TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
+{
+    ASSERT_TRUE(softdevSetDevices({softdevDefaultDevice(), softdevDefaultDevice()}));
+    softdevSetSticky(true);
+    DeviceArray<int> device(1);
+    cublasHandle_t handle;
+    ASSERT_EQ(cublasCreate_v2(&handle), CUBLAS_STATUS_SUCCESS);
+    int host = 0, ran = 0;
+    const auto copy = [&] { return cudaMemcpy(&host, device, sizeof host, cudaMemcpyDeviceToHost); };
+    softdevFailExecution("Bad", 1, cudaErrorIllegalAddress);
+    ASSERT_EQ(launch(1, [] {}, "Bad_k"), cudaSuccess);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(copy(), cudaErrorIllegalAddress);
+        EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "again and again";
+        EXPECT_EQ(launch(1, [&] { ++ran; }), cudaErrorIllegalAddress);
+        EXPECT_EQ(cudaFree(device), cudaErrorIllegalAddress);
+        EXPECT_EQ(cudaStreamSynchronize(nullptr), cudaErrorIllegalAddress);
+        EXPECT_EQ(cublasSscal_v2(handle, 0, nullptr, nullptr, 1), CUBLAS_STATUS_EXECUTION_FAILED);
+    }
+    EXPECT_EQ(ran, 0);
+    ASSERT_EQ(cudaSetDevice(1), cudaSuccess);
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess) << "the other device works";
+    EXPECT_EQ(cudaSetDevice(0), cudaSuccess);
+    softdevClearFailures();
+    EXPECT_EQ(copy(), cudaSuccess);
+    EXPECT_EQ(cublasDestroy_v2(handle), CUBLAS_STATUS_SUCCESS);
+}
+
 TEST_F(ControlTest, LogTellsWhatWasCalled)
 {
     DeviceArray<cuComplex> device(64);

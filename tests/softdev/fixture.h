@@ -25,6 +25,8 @@ protected:
         softdevSetPoison(false);
         softdevSetHold(false);
         softdevSetEager(false);
+        softdevSetOrder(0);
+        softdevSetSticky(false);
         cudaGetLastError();
         const SoftdevLive live = softdevLive();
         EXPECT_EQ(live.allocations, 0u);

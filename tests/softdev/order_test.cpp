@@ -77,6 +77,46 @@ TEST_F(OrderTest, DefaultStreamOrdersOtherStreams)
     cudaStreamDestroy(down);
 }
 
+/// What a stream reads of what another one wrote, without waiting for it, for each of many orders; then the same with the
+/// default stream between them.
+static int staleReads(bool ordered)
+{
+    cudaStream_t write, read;
+    EXPECT_EQ(cudaStreamCreate(&write), cudaSuccess);
+    EXPECT_EQ(cudaStreamCreate(&read), cudaSuccess);
+    DeviceArray<int> device(std::vector<int>(2, 0)), other(1);
+    PinnedArray<int> host(2);
+    int stale = 0;
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        softdevSetOrder(seed);
+        host[0] = int(seed);
+        host[1] = 0;
+        EXPECT_EQ(cudaMemcpyAsync(device, host, sizeof(int), cudaMemcpyHostToDevice, write), cudaSuccess);
+        EXPECT_EQ(cudaMemcpyAsync(device + 1, device, sizeof(int), cudaMemcpyDeviceToDevice, write), cudaSuccess);
+        if (ordered) {
+            EXPECT_EQ(cudaMemset(other, 0, sizeof(int)), cudaSuccess);
+        }
+        EXPECT_EQ(cudaMemcpyAsync(host + 1, device + 1, sizeof(int), cudaMemcpyDeviceToHost, read), cudaSuccess);
+        EXPECT_EQ(cudaStreamSynchronize(read), cudaSuccess);
+        stale += host[1] != int(seed);
+        EXPECT_EQ(cudaStreamSynchronize(write), cudaSuccess);
+        EXPECT_EQ(device.download()[1], int(seed)) << "each stream keeps its own order";
+    }
+    cudaStreamDestroy(write);
+    cudaStreamDestroy(read);
+    return stale;
+}
+
+TEST_F(OrderTest, ADrawnOrderShowsAMissingWaitBetweenStreams)
+{
+    for (const bool hold : {false, true}) {
+        softdevSetHold(hold);
+        const int stale = staleReads(false);
+        EXPECT_TRUE(4 <= stale && stale < 20) << stale;
+        EXPECT_EQ(staleReads(true), 0) << "the default stream orders both";
+    }
+}
+
 TEST_F(OrderTest, HeldWorkRunsNoFurtherThanAWaitNeeds)
 {
     softdevSetHold(true);
