@@ -16,12 +16,14 @@ message(STATUS "tarn runs on: ${TARN_PROVIDER}")
 
 if(TARN_PROVIDER STREQUAL cuda)
     if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
-        # Binary images for Turing to Blackwell; the newest also as PTX for what comes after.
-        set(CMAKE_CUDA_ARCHITECTURES 75-real 80-real 90-real 100-real 120)
+        # Binary images for Turing to Blackwell; the newest also as PTX for what comes after, and one for those between
+        # that no binary image fits, such as 11.0.
+        set(CMAKE_CUDA_ARCHITECTURES 75-real 80-real 90 100-real 120)
     endif()
     set(CMAKE_CUDA_RUNTIME_LIBRARY Shared)
     enable_language(CUDA)
     find_package(CUDAToolkit REQUIRED)
+    set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)  # installed programs find the toolkit where it was found here
     set(CMAKE_CUDA_STANDARD 17)
     set(CMAKE_CUDA_STANDARD_REQUIRED ON)
     set(CMAKE_CUDA_VISIBILITY_PRESET hidden)

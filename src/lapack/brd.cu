@@ -5,11 +5,28 @@
 
 #include <lapack/cu/basic>
 
+#include <type_traits>
+
 namespace tarn::kernel {
 
 namespace {
 
 using Line = Block<256>;
+
+/// Elements that a thread moves at a time. A thread of a GPU loads all of them before it stores the first, and so waits
+/// for memory once.
+inline constexpr int movesAtOnce = readsInPlace ? 1 : 16;
+
+/// line[k stride] := line[(k - 1) stride] for k from `last` down to last - count + 1.
+template <int count, class T>
+__device__ __forceinline__ void moveOn(T* line, int last, std::int64_t stride)
+{
+    T moved[count];
+    for (int i = 0; i < count; ++i)
+        moved[i] = line[(last - 1 - i) * stride];
+    for (int i = 0; i < count; ++i)
+        line[(last - i) * stride] = moved[i];
+}
 
 } // namespace
 
@@ -20,12 +37,19 @@ __global__ void ORGBR_COPY_L_k(int n, T* A, int lda)
 {
     const Line block;
     const unsigned first = velk::Map1D::firstItem();
-    for (int c = n - 1; c > 0; --c)
+    const auto move = [&](auto count, int c) {
         block.each([&](int t) {
             const unsigned row = first + t + 1;
             if (row < unsigned(n))
-                A[offset(int(row), c, lda)] = A[offset(int(row), c - 1, lda)];
+                moveOn<decltype(count)::value>(A + row, c, lda);
         });
+    };
+    int c = n - 1;
+    for (; c >= movesAtOnce; c -= movesAtOnce)
+        move(std::integral_constant<int, movesAtOnce>(), c);
+    if constexpr (movesAtOnce > 1)
+        for (; c > 0; --c)
+            move(std::integral_constant<int, 1>(), c);
 }
 
 /// Moves the part of A, of order n, above the diagonal one row down in columns 2 to n - 1; row 0, the diagonal and what
@@ -40,8 +64,11 @@ __global__ void ORGBR_COPY_U_k(int n, T* A, int lda)
         if (id == 0 || id + 1 >= unsigned(n))
             return;
         T* const column = A + std::int64_t(id + 1) * lda;
-        for (int r = int(id); r > 0; --r)
-            column[r] = column[r - 1];
+        int r = int(id);
+        for (; r >= movesAtOnce; r -= movesAtOnce)
+            moveOn<movesAtOnce>(column, r, 1);
+        for (; r > 0; --r)
+            moveOn<1>(column, r, 1);
     });
 }
 

@@ -44,21 +44,48 @@ struct GemvBlock
     static __device__ __forceinline__ constexpr int index(int tx, int ty) { return tx * TY + ty; }
 };
 
-/// The tile at `tile`, or its conjugate, to shared memory. A bounded tile has rows and columns inside the matrix,
-/// others are taken as zero. Rows and columns are tested apart: a CPU vectorises over rows, and masked loads from
-/// columns behind the matrix, whose pages need not be there, would trap into microcode.
+/// Tiles whose elements a thread of a GPU loads before it needs the first of them, half a chunk: it waits for memory
+/// twice a chunk. Between the tiles they stay in registers.
+template <int TY>
+inline constexpr int tilesAhead = readsInPlace ? 1 : TY / 2;
+
+/// A thread's elements of the tiles that are loaded ahead.
+template <class T, int TILE, int TY>
+struct Ahead
+{
+    T values[tilesAhead<TY>][TILE / TY];
+};
+
+/// Loads the tiles from `top` on, one below the other, or their conjugates. Bounded tiles have rows and columns inside
+/// the matrix, others are taken as zero. Rows and columns are tested apart: a CPU vectorises over rows, and masked
+/// loads from columns behind the matrix, whose pages need not be there, would trap into microcode.
 template <bool conj, bool bounded, class T, int TILE, int TY>
-__device__ __forceinline__ void stage(GemvBlock<T, TILE, TY> shared, const T* tile, int lda, int rows, int columns)
+__device__ __forceinline__ void loadAhead(Private<Ahead<T, TILE, TY>, TILE * TY>& ahead, const T* top, int lda,
+                                          int rows, int columns)
 {
     const Block<TILE, TY> block;
     block.each([&](int tx, int ty) {
-        for (int q = 0; q < TILE / TY; ++q) {
-            const int c = ty + q * TY;
-            if (!bounded || c < columns)
-                shared.a[c][tx] = !bounded || tx < rows ? conjugateIf<conj>(tile[offset(tx, c, lda)]) : T(0);
-            else
-                shared.a[c][tx] = T(0);
-        }
+        for (int k = 0; k < tilesAhead<TY>; ++k)
+            for (int q = 0; q < TILE / TY; ++q) {
+                const int i = k * TILE + tx, c = ty + q * TY;
+                T& value = ahead[TILE * ty + tx].values[k][q];
+                if (!bounded || c < columns)
+                    value = !bounded || i < rows ? conjugateIf<conj>(top[offset(i, c, lda)]) : T(0);
+                else
+                    value = T(0);
+            }
+    });
+}
+
+/// Tile k of those that were loaded ahead, to shared memory.
+template <class T, int TILE, int TY>
+__device__ __forceinline__ void stage(GemvBlock<T, TILE, TY> shared, Private<Ahead<T, TILE, TY>, TILE * TY>& ahead,
+                                      int k)
+{
+    const Block<TILE, TY> block;
+    block.each([&](int tx, int ty) {
+        for (int q = 0; q < TILE / TY; ++q)
+            shared.a[ty + q * TY][tx] = ahead[TILE * ty + tx].values[k][q];
     });
 }
 
@@ -76,6 +103,19 @@ __device__ __forceinline__ void addTiles(GemvBlock<T, TILE, TY> shared, int tile
     });
 }
 
+/// Whole tiles of a chunk at once, from where they stand, on a CPU: column by column, each one run of memory. Returns
+/// how many.
+template <bool conj, bool bounded, class T, int TILE, int TY>
+__device__ __forceinline__ int addInPlace(GemvBlock<T, TILE, TY> shared, const T* chunk, int lda, int rows, int columns)
+{
+    if (!readsInPlace || columns < TILE)
+        return 0;
+    const int tiles = bounded ? rows / TILE : TY;
+    Block<TILE, TY>().sync();
+    addTiles<conj>(shared, tiles, chunk, lda, shared.x);
+    return tiles;
+}
+
 /// Adds the products of the chunk that starts at row i0, tile by tile. A bounded chunk ends with the tile that holds
 /// row m - 1.
 template <bool conj, bool bounded, class T, int TILE, int TY>
@@ -88,23 +128,20 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
     const int j0 = TILE * int(blockIdx.x), columns = n - j0;
+    const int rows = bounded ? m - i0 : TILE * TY;
     const T* const chunk = A + offset(i0, j0, lda);
-    int k = 0;
-    if (readsInPlace && columns >= TILE) {
-        // Its whole tiles at once: column by column, each one run of memory.
-        block.sync();
-        k = bounded ? (m - i0) / TILE : TY;
-        addTiles<conj>(shared, k, chunk, lda, shared.x);
-    }
-    for (; k < TY && (!bounded || i0 + k * TILE < m); ++k) {
-        const int rows = m - i0 - k * TILE;
-        if (rows >= TILE && columns >= TILE)
-            stage<conj, false>(shared, chunk + k * TILE, lda, rows, columns);
+    Private<Ahead<T, TILE, TY>, TILE * TY> ahead;
+    for (int k = addInPlace<conj, bounded>(shared, chunk, lda, rows, columns); k < TY && k * TILE < rows;) {
+        if (columns >= TILE && (k + tilesAhead<TY>)*TILE <= rows)
+            loadAhead<conj, false>(ahead, chunk + k * TILE, lda, rows, columns);
         else
-            stage<conj, true>(shared, chunk + k * TILE, lda, rows, columns);
-        block.sync();
-        addTiles<false>(shared, 1, &shared.a[0][0], TILE + 1, shared.x + k * TILE);
-        block.sync();
+            loadAhead<conj, true>(ahead, chunk + k * TILE, lda, rows - k * TILE, columns);
+        for (int tile = 0; tile < tilesAhead<TY> && k * TILE < rows; ++tile, ++k) {
+            stage(shared, ahead, tile);
+            block.sync();
+            addTiles<false>(shared, 1, &shared.a[0][0], TILE + 1, shared.x + k * TILE);
+            block.sync();
+        }
     }
 }
 

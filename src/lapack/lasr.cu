@@ -9,6 +9,7 @@
 #include <lapack/cu/basic>
 
 #include <algorithm>
+#include <type_traits>
 
 namespace tarn::kernel {
 
@@ -53,20 +54,28 @@ __device__ __forceinline__ T& elementOf(T* A, int lda, int line, int j)
     return A[side == 'L' ? offset(j, line, lda) : offset(line, j, lda)];
 }
 
-/// One rotation of the planes j and j + 1 of a line. v carries element j in, and element j + 1 out, if forward; and the
-/// other way round if not.
-template <char side, bool forward, class T>
-__device__ __forceinline__ void rotate(T& v, T* A, int lda, int line, int j, Real<T> c, Real<T> s)
+/// Rotations of a line at a time. A thread of a GPU loads what 16 of them need before it stores the first result: it
+/// waits for memory once in 16 rotations. A CPU has the other lines to go on with.
+inline constexpr int rotationsAtOnce = readsInPlace ? 1 : 16;
+
+/// Rotations of a line in the planes j and j + 1, and on from there, by c[i] and s[i]. v carries element j in, and the
+/// last element on the way out, if forward; the other way round, with falling j, if not.
+template <char side, bool forward, int steps, class T>
+__device__ __forceinline__ void rotate(T& v, T* A, int lda, int line, int j, const Real<T>* c, const Real<T>* s)
 {
-    T& next = elementOf<side>(A, lda, line, forward ? j + 1 : j);
-    T& done = elementOf<side>(A, lda, line, forward ? j : j + 1);
-    const T w = next, old = v;
-    if (forward) {
-        v = difference(mul(c, w), mul(s, old));
-        done = sum(mul(s, w), mul(c, old));
-    } else {
-        v = sum(mul(s, old), mul(c, w));
-        done = difference(mul(c, old), mul(s, w));
+    T next[steps];
+    for (int i = 0; i < steps; ++i)
+        next[i] = elementOf<side>(A, lda, line, forward ? j + 1 + i : j - i);
+    for (int i = 0; i < steps; ++i) {
+        T& done = elementOf<side>(A, lda, line, forward ? j + i : j + 1 - i);
+        const T w = next[i], old = v;
+        if (forward) {
+            v = difference(mul(c[i], w), mul(s[i], old));
+            done = sum(mul(s[i], w), mul(c[i], old));
+        } else {
+            v = sum(mul(s[i], old), mul(c[i], w));
+            done = difference(mul(c[i], old), mul(s[i], w));
+        }
     }
 }
 
@@ -98,21 +107,28 @@ __global__ void LASR_k(int m, int n, const Real<T>* c, const Real<T>* s, T* A, i
         });
         if constexpr (WARP_SZ < N)
             block.sync();
+        const auto rotateLines = [&](auto steps, int k, const auto& forLines) {
+            const int j = forward ? first + k : rotations - 1 - first - k;
+            if constexpr (side == 'R') {
+                const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
+                if (0 <= ahead && ahead <= rotations)
+                    prefetchRows<N>(A, lda, line0, ahead, cached);
+            }
+            forLines([&](int t) {
+                rotate<side, forward, decltype(steps)::value>(carried[t], A, lda, line0 + t, j, cTemp + k, sTemp + k);
+            });
+            // Keeps the warps together, so that they share the cache lines of their columns.
+            if constexpr (side == 'L' && WARP_SZ < N)
+                block.sync();
+        };
         // Apart for whole blocks of lines and for others: a CPU holds the carried elements of whole ones in registers.
         const auto rotateAll = [&](const auto& forLines) {
-            TARN_UNROLL(16)
-            for (int k = 0; k < count; ++k) {
-                const int j = forward ? first + k : rotations - 1 - first - k;
-                if constexpr (side == 'R') {
-                    const int ahead = forward ? j + 1 + columnsAhead : j - columnsAhead;
-                    if (0 <= ahead && ahead <= rotations)
-                        prefetchRows<N>(A, lda, line0, ahead, cached);
-                }
-                forLines([&](int t) { rotate<side, forward>(carried[t], A, lda, line0 + t, j, cTemp[k], sTemp[k]); });
-                // Keeps the warps together, so that they share the cache lines of their columns.
-                if constexpr (side == 'L' && WARP_SZ < N)
-                    block.sync();
-            }
+            int k = 0;
+            for (; k + rotationsAtOnce <= count; k += rotationsAtOnce)
+                rotateLines(std::integral_constant<int, rotationsAtOnce>(), k, forLines);
+            if constexpr (rotationsAtOnce > 1)
+                for (; k < count; ++k)
+                    rotateLines(std::integral_constant<int, 1>(), k, forLines);
         };
         if (linesLeft >= N)
             rotateAll([&](const auto& step) { block.each(step); });

@@ -17,6 +17,8 @@ constexpr int stripes = 4;      ///< of a panel tile of 32 by 32
 constexpr int stripeWidth = 8;  ///< columns of a stripe
 constexpr int stripePitch = 33; ///< of stripes in shared memory
 constexpr int parts = 4;        ///< elements of a stripe that a thread multiplies, by columns and by rows
+/// Rows of the workspace that a thread of a GPU loads before it adds the first.
+constexpr int rowsAtOnce = readsInPlace ? 1 : 16;
 using Line = Block<blockOrder>;
 using Threads = Block<2 * blockOrder>;
 
@@ -128,15 +130,38 @@ __device__ __forceinline__ void loadX(T* to, int i0, int n, const T* x, int incx
     });
 }
 
-/// Eight columns of a panel tile to shared memory. A bounded tile has rows and columns inside the matrix, others are
-/// taken as zero.
+/// A thread's elements of a panel tile. A thread of a GPU loads all of them before it needs the first.
+template <class T>
+struct PanelElements
+{
+    T values[stripes][parts];
+};
+
+/// Loads a panel tile of 32 by 32. A bounded one has rows and columns inside the matrix, others are taken as zero.
 template <bool bounded, class T>
-__device__ __forceinline__ void stageStripe(SymvBlock<T> shared, const T* stripe, int lda, int rows, int columns)
+__device__ __forceinline__ void loadPanel(Private<PanelElements<T>, Threads::threads>& elements, const T* M, int lda,
+                                          int rows, int columns)
+{
+    const Threads block;
+    block.each<blockOrder>([&](int tx, int ty) {
+        for (int s = 0; s < stripes; ++s)
+            for (int e = 0; e < parts; ++e) {
+                const int c = stripeWidth * s + ty + 2 * e;
+                elements[blockOrder * ty + tx].values[s][e] =
+                    !bounded || (tx < rows && c < columns) ? M[offset(tx, c, lda)] : T(0);
+            }
+    });
+}
+
+/// Stripe s, eight columns, to shared memory.
+template <class T>
+__device__ __forceinline__ void stageStripe(SymvBlock<T> shared, Private<PanelElements<T>, Threads::threads>& elements,
+                                            int s)
 {
     const Threads block;
     block.each<blockOrder>([&](int tx, int ty) {
         for (int e = 0, c = ty; e < parts; ++e, c += 2)
-            shared.a[c * stripePitch + tx] = !bounded || (tx < rows && c < columns) ? stripe[offset(tx, c, lda)] : T(0);
+            shared.a[c * stripePitch + tx] = elements[blockOrder * ty + tx].values[s][e];
     });
 }
 
@@ -169,12 +194,15 @@ __device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, const T* M, i
     const bool inPlace = readsInPlace && (!bounded || (rows >= blockOrder && columns >= blockOrder));
     T* const a = shared.a;
     Private<T, Threads::threads> p, q[stripes];
+    Private<PanelElements<T>, Threads::threads> elements;
 
+    if (!inPlace)
+        loadPanel<bounded>(elements, M, lda, rows, columns);
     block.each<blockOrder>([&](int tx, int ty) { p[blockOrder * ty + tx] = T(0); });
     for (int s = 0, j = 0; s < stripes; ++s, j += stripeWidth) {
         const T *const stripe = M + offset(0, j, lda), *const xCol = shared.xCol + j;
         if (!inPlace)
-            stageStripe<bounded>(shared, stripe, lda, rows, columns - j);
+            stageStripe(shared, elements, s);
         block.sync();
         if (inPlace)
             multiplyStripe(shared, stripe, lda, xCol, p, q[s]);
@@ -274,7 +302,6 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
 
     for (int r0 = i0 + NB; r0 < n; r0 += NB) {
         loadX<bounded>(lower ? xx_t : xx_n, r0, n, x, incx);
-        block.sync();
         const int i = lower ? r0 : i0, j = lower ? i0 : r0;
         const T* const tile = A + offset(i, j, lda);
         if (r0 + 2 * NB <= n)
@@ -306,13 +333,25 @@ __global__ void symv_reduction_k(int n, T, const T*, int, const T*, int, T, T* y
         if (i0 + t < n)
             sum[t] = y[std::int64_t(i0 + t) * incy];
     });
-    for (int w = 0; w < rows; ++w) {
+    const auto add = [&](auto count, int w) {
+        constexpr int atOnce = decltype(count)::value;
         const T* const row = work + std::int64_t(w) * n;
         block.each([&](int t) {
-            if (i0 + t < n)
-                sum[t] += row[i0 + t];
+            if (i0 + t < n) {
+                T values[atOnce];
+                for (int k = 0; k < atOnce; ++k)
+                    values[k] = row[offset(i0 + t, k, n)];
+                for (int k = 0; k < atOnce; ++k)
+                    sum[t] += values[k];
+            }
         });
-    }
+    };
+    int w = 0;
+    for (; w + rowsAtOnce <= rows; w += rowsAtOnce)
+        add(std::integral_constant<int, rowsAtOnce>(), w);
+    if constexpr (rowsAtOnce > 1)
+        for (; w < rows; ++w)
+            add(std::integral_constant<int, 1>(), w);
     block.each([&](int t) {
         if (i0 + t < n)
             y[std::int64_t(i0 + t) * incy] = sum[t];

@@ -1,10 +1,6 @@
 // The thread block of a kernel on a GPU: every phase is run by each thread for itself.
 #pragma once
 
-/// Before a loop: unrolls it n times. For loops whose body waits for memory.
-#define TARN_UNROLL(n) _Pragma(TARN_UNROLL_TEXT(unroll n))
-#define TARN_UNROLL_TEXT(text) #text
-
 namespace tarn {
 
 /// A block of X by Y threads. `each` runs one phase, `sync` separates phases that communicate.

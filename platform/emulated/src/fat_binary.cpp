@@ -1,6 +1,7 @@
 #include "fat_binary.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -26,7 +27,9 @@ struct Image
     std::uint32_t headerBytes;
     std::uint64_t payloadBytes; ///< padded
     std::uint32_t packedBytes;
-    char other[36];
+    char other[8];
+    std::uint32_t architecture; ///< such as 90
+    char more[24];
     std::uint64_t fullBytes; ///< once unpacked; there with images that are packed
 };
 
@@ -61,13 +64,18 @@ std::string ptxOfFatBinary(const void* fatBinary)
     if (header.magic != fatBinaryMagic)
         throw std::runtime_error("not a fat binary");
     at += header.headerBytes;
+    const char *const wanted = std::getenv("TARN_EMULATED_ARCH"), *newest = nullptr;
     for (const char* const end = at + header.imageBytes; at < end;) {
         const auto image = read<Image>(at);
-        if (image.kind == Image::ptx)
-            return textOf(image, at + image.headerBytes);
+        const bool fits = image.kind == Image::ptx && (!wanted || std::atoi(wanted) == int(image.architecture));
+        if (fits && (!newest || read<Image>(newest).architecture < image.architecture))
+            newest = at;
         at += image.headerBytes + image.payloadBytes;
     }
-    throw std::runtime_error("a fat binary without PTX");
+    if (!newest)
+        throw std::runtime_error("a fat binary without PTX");
+    const auto image = read<Image>(newest);
+    return textOf(image, newest + image.headerBytes);
 }
 
 } // namespace tarn::soft

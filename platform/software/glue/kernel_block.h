@@ -3,9 +3,6 @@
 
 #include <cuda_runtime.h>
 
-/// Before a loop: unrolls it on a GPU. On a CPU the loop over threads inside it is the long one.
-#define TARN_UNROLL(n)
-
 namespace tarn {
 
 /// A block of X by Y threads. `each` runs one phase, `sync` separates phases that communicate.

@@ -1,6 +1,10 @@
 #include "thread_block.h"
 
+#include <cxxabi.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <sstream>
 #include <utility>
 
@@ -16,6 +20,15 @@ int warpsOf(const std::vector<int>& threads)
     for (const int t : threads)
         warps += std::exchange(last, t / warpSize) != t / warpSize;
     return warps;
+}
+
+/// A kernel's name as its source has it.
+std::string readable(const std::string& mangled)
+{
+    int status = 0;
+    const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(mangled.c_str(), nullptr, nullptr, &status),
+                                                      std::free);
+    return name ? name.get() : mangled;
 }
 
 /// Whether `bytes` bytes at an offset lie inside of `size`.
@@ -312,7 +325,7 @@ void ThreadBlock::fault(Fault::Kind kind, const std::string& what, const Instruc
     const unsigned thread = unsigned(t);
     const Module& module = *kernel_.module;
     std::ostringstream report;
-    report << what << "\n  kernel " << kernel_.name << "\n  block  (" << index_.x << ", " << index_.y << ", "
+    report << what << "\n  kernel " << readable(kernel_.name) << "\n  block  (" << index_.x << ", " << index_.y << ", "
            << index_.z << "), thread (" << thread % block.x << ", " << thread / block.x % block.y << ", "
            << thread / (block.x * block.y) << ")\n  ptx    line " << instruction.line << ": "
            << module.lines[std::size_t(instruction.line - 1)];
