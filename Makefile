@@ -34,7 +34,9 @@ coverage: setup
 	@gcovr --root . --object-directory build/coverage --filter src/ --filter platform/ --exclude-throw-branches \
 	       --exclude-unreachable-branches --html-details build/coverage/html/index.html --print-summary --branches
 
-demo: build
+demo: setup
+	@cmake --preset release $(CMAKE_FLAGS)
+	@cmake --build --preset release -j $(JOBS) --target tarn
 	@build/release/bin/tarn demo
 
 bench: build

@@ -4,8 +4,11 @@
 #include "blas/letters.h"
 #include "frame/exceptions.h"
 
+#include <device_glue.h>
+
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace tarn::cpu {
 
@@ -63,6 +66,18 @@ std::unique_ptr<T[]> workspace(int elements)
     return std::unique_ptr<T[]>(new T[std::max(elements, 1)]);
 }
 
+/// What a routine does with the threads of the CPU BLAS, in turns: idle ones spin, so that the calls of several threads
+/// at a time would each take many times as long as one after the other. Small calls use one thread and need no turn.
+template <class Call>
+void inTurn(double flops, const Call& call)
+{
+    constexpr double worthThreads = 1e6;
+    std::optional<platform::CpuTurn> turn;
+    if (flops > worthThreads)
+        turn.emplace();
+    call();
+}
+
 float realPart(float x) { return x; }
 float realPart(Complex<float> x) { return x.real(); }
 
@@ -84,15 +99,19 @@ void withWorkspace(Call&& call, int atLeast = 1)
 template <class T, class Routine>
 void factorise(Routine routine, int m, int n, T* a, int lda, T* tau, int atLeast = 1)
 {
-    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); },
-                     atLeast);
+    inTurn(2.0 * m * n * std::min(m, n), [&] {
+        withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); },
+                         atLeast);
+    });
 }
 
 /// The common form of orgqr and orglq.
 template <class T, class Routine>
 void generate(Routine routine, int m, int n, int k, T* a, int lda, const T* tau)
 {
-    withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, &k, a, &lda, tau, work, &lwork, info); });
+    inTurn(2.0 * m * n * k, [&] {
+        withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, &k, a, &lda, tau, work, &lwork, info); });
+    });
 }
 
 /// The common form of ormqr, ormlq and ormrq.
@@ -101,8 +120,10 @@ void multiply(Routine routine, char side, char trans, int m, int n, int k, const
               int ldc)
 {
     trans = transChar<T>(trans);
-    withWorkspace<T>([&](T* work, int lwork, int* info) {
-        routine(&side, &trans, &m, &n, &k, a, &lda, tau, c, &ldc, work, &lwork, info, 1, 1);
+    inTurn(2.0 * m * n * k, [&] {
+        withWorkspace<T>([&](T* work, int lwork, int* info) {
+            routine(&side, &trans, &m, &n, &k, a, &lda, tau, c, &ldc, work, &lwork, info, 1, 1);
+        });
     });
 }
 
@@ -112,7 +133,7 @@ template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv)
 {
     int info = 0;
-    Calls<T>::getrf(&m, &n, a, &lda, ipiv, &info);
+    inTurn(double(m) * n * std::min(m, n), [&] { Calls<T>::getrf(&m, &n, a, &lda, ipiv, &info); });
     checkInfo(info);
 }
 
@@ -139,7 +160,8 @@ void gebd2(int m, int n, T* a, int lda, Real<T>* d, Real<T>* e, T* tauq, T* taup
 {
     const auto work = workspace<T>(std::max(m, n));
     int info = 0;
-    Calls<T>::gebd2(&m, &n, a, &lda, d, e, tauq, taup, work.get(), &info);
+    inTurn(4.0 * m * n * std::min(m, n),
+           [&] { Calls<T>::gebd2(&m, &n, a, &lda, d, e, tauq, taup, work.get(), &info); });
     checkInfo(info);
 }
 
@@ -182,7 +204,7 @@ void larfg(int n, T* alpha, T* x, int incx, T* tau)
 template <class T>
 void larft(char direct, char storev, int n, int k, const T* v, int ldv, const T* tau, T* t, int ldt)
 {
-    Calls<T>::larft(&direct, &storev, &n, &k, v, &ldv, tau, t, &ldt, 1, 1);
+    inTurn(double(n) * k * k, [&] { Calls<T>::larft(&direct, &storev, &n, &k, v, &ldv, tau, t, &ldt, 1, 1); });
 }
 
 void lacgv(int n, Complex<float>* x, int incx) { clacgv_(&n, x, &incx); }
@@ -208,7 +230,7 @@ template <class T>
 void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy)
 {
     trans = transChar<T>(trans);
-    Calls<T>::gemv(&trans, &m, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy, 1);
+    inTurn(2.0 * m * n, [&] { Calls<T>::gemv(&trans, &m, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy, 1); });
 }
 
 template <class T>

@@ -8,6 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
+
+#ifndef TARN_CUDA
+#    include <softdev_launch.h>
+#endif
+
 namespace {
 
 using namespace test;
@@ -66,6 +73,25 @@ TEST_F(LuSchedule, InterchangesTravelSixteenAtATimeWithoutDeviceMemory)
     // Left parts: none, 192 columns, 384 columns; look-ahead: 192, 16; remainder: 16. Each in ceil(jb / 16) launches.
     EXPECT_EQ(countCalls(log, "KernelLASWP"), 12 + 1 + 12 + 12 + 12);
 }
+
+#ifndef TARN_CUDA
+TEST_F(LuSchedule, LargePanelsWaitForTheirTurnOnTheCpu)
+{
+    for (const auto& [n, waits] : {std::pair{50, false}, {150, true}}) {
+        auto A = Matrix<float>::random(n, n, n);
+        const auto solve = [&a = A] {
+            std::vector<int> ipiv(std::size_t(a.n));
+            return tarnSgetrf(a.n, a.n, a.data(), a.ld, ipiv.data());
+        };
+        softdevTakeCpuTurn();
+        auto done = std::async(std::launch::async, solve);
+        const auto state = done.wait_for(std::chrono::milliseconds(waits ? 50 : 10'000));
+        EXPECT_EQ(state == std::future_status::ready, !waits) << n;
+        softdevLeaveCpuTurn();
+        EXPECT_EQ(done.get(), tarnNoError);
+    }
+}
+#endif
 
 TEST_F(LuSchedule, HeldBackCopiesDoNotChangeTheResult)
 {

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -233,6 +234,24 @@ TEST_F(Tool, DecomposesAMatrixAndFindsTheNearestOfARank)
     const std::string large = matrix("l.mtx", "array real general", "2 2\n3e38\n3e38\n3e38\n3e38\n");
     expectFailure("svd " + large + " --plot " + scratch.path("l.svg"), "l.mtx: ");
     EXPECT_EQ(scratch.read("l.svg"), "");
+}
+
+TEST_F(Tool, MeasuresUnderLoad)
+{
+    const Run result = run("bench --routine gesv --size 40 --threads 2,3");
+    ASSERT_EQ(result.status, 0) << result.err;
+    std::istringstream lines(result.out);
+    std::string heading, routine, type;
+    std::getline(lines, heading);
+    for (const int threads : {2, 3}) {
+        int size = 0, callers = 0;
+        double calls = 0, share = 0;
+        ASSERT_TRUE(lines >> routine >> type >> size >> callers >> calls >> share) << result.out;
+        EXPECT_EQ(callers, threads);
+        EXPECT_GT(calls, 10);
+        EXPECT_GT(share, 0.01);
+        std::getline(lines, heading);
+    }
 }
 
 TEST_F(Tool, MeasuresEveryRoutineInEveryType)

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <charconv>
+#include <cstdio>
 #include <memory>
 
 namespace tarn::bench {
@@ -21,6 +22,7 @@ struct Options
     std::string types = "s";
     std::vector<std::string> sizes = {"1024"};
     int nrhs = 10, repeats = 0;
+    std::vector<int> threads; ///< of callers at a time; empty: one, call by call
     bool json = false, csv = false, list = false, kernels = false;
 };
 
@@ -97,6 +99,22 @@ void run(const Routine& routine, char type, int size, const Options& options, Ta
     table.add(row);
 }
 
+/// A line for each number of threads, with its calls per second as a share of those of the first.
+void runUnderLoad(const Routine& routine, char type, int size, const Options& options)
+{
+    const Dimensions d = routine.dimensions(size, options.nrhs);
+    Load first;
+    for (const int threads : options.threads) {
+        const Load load = routine.load(type, d, threads);
+        if (first.ours == 0)
+            first = load;
+        fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11.2f} {:>6.2f}  {:<12} {:>11.2f} {:>6.2f} {:>7.2f}\n", routine.name,
+                   type, size, threads, load.ours, load.ours / first.ours, routine.reference, load.reference,
+                   load.reference / first.reference, load.ours / load.reference);
+        std::fflush(stdout);
+    }
+}
+
 /// A line per routine for scripts: name, types, largest size for a survey, reference.
 void list()
 {
@@ -119,6 +137,15 @@ int runBench(const Options& options)
     checkTypes(chosen, options);
 
     const tool::Library library;
+    if (!options.threads.empty()) {
+        fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11} {:>6}  {:<12} {:>11} {:>6} {:>7}\n", "routine", "type", "size",
+                   "threads", "calls/s", "share", "beside", "calls/s", "share", "ratio");
+        for (const Routine& routine : chosen)
+            for (const char type : commonTypes(routine, options.types))
+                for (const int size : sizes)
+                    runUnderLoad(routine, type, size, options);
+        return 0;
+    }
     Table table(options.json ? Format::json : options.csv ? Format::csv : Format::text);
     for (const Routine& routine : chosen)
         for (const char type : commonTypes(routine, options.types))
@@ -190,6 +217,12 @@ Command addBench(CLI::App& tarn)
            "--kernels", options->kernels,
            "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
            "other options --size and --repeat count")
+        ->excludes(json);
+    app->add_option("--threads", options->threads,
+                    "Threads that call at a time, several numbers with commas between: calls per second of all "
+                    "together on host pointers, and their share of those of the first number")
+        ->delimiter(',')
+        ->check(CLI::PositiveNumber)
         ->excludes(json);
     app->footer(bench::help());
     return {app, [options, app] {

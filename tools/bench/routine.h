@@ -1,6 +1,7 @@
 // The table of routines that the benchmark knows.
 #pragma once
 
+#include "load.h"
 #include "measure.h"
 
 #include <string>
@@ -17,6 +18,7 @@ struct Routine
     Dimensions (*dimensions)(int size, int nrhs);
     double (*flops)(const Dimensions&); ///< for real elements; complex ones take four times as many
     Timing (*time)(char type, const Dimensions&, int repeats);
+    Load (*load)(char type, const Dimensions&, int threads);
     int largest = 1 << 20; ///< sizes above it take too long for a survey of all routines
 };
 
@@ -36,7 +38,12 @@ Routine describe(const char* name, const char* reference)
          ...);
         return result;
     };
-    return {name, {letter<Types>...}, reference, &Definition::dimensions, &Definition::flops, time};
+    const auto underLoad = [](char type, const Dimensions& d, int threads) {
+        Load result;
+        ((type == letter<Types> ? void(result = load(Definition::template problem<Types>(d), threads)) : void()), ...);
+        return result;
+    };
+    return {name, {letter<Types>...}, reference, &Definition::dimensions, &Definition::flops, time, underLoad};
 }
 
 Routine gemm();

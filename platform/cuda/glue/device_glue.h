@@ -4,6 +4,7 @@
 #include <cuda_runtime.h>
 
 #include <cassert>
+#include <mutex>
 
 #ifdef CUDA_API_PER_THREAD_DEFAULT_STREAM
 #    error "Copies are ordered against kernels by the legacy default stream: build without per-thread default streams"
@@ -20,6 +21,23 @@ inline bool overlapsCopies(const cudaDeviceProp& properties)
     return properties.deviceOverlap != 0;
 #endif
 }
+
+/// The turn of one calling thread to compute with all threads of the CPU BLAS.
+class CpuTurn
+{
+public:
+    CpuTurn() : lock_(turn()) {}
+
+private:
+    /// Never destroyed: routines may run while the process ends.
+    static std::mutex& turn()
+    {
+        static auto& mutex = *new std::mutex;
+        return mutex;
+    }
+
+    const std::lock_guard<std::mutex> lock_;
+};
 
 #ifdef __CUDACC__
 /// Queues Kernel, written for blocks of the shape Shape (a tarn::Block), on the default stream. A refused launch leaves

@@ -14,6 +14,16 @@ namespace tarn::platform {
 /// True if the device can copy between host and device while a kernel runs.
 inline bool overlapsCopies(const cudaDeviceProp& properties) { return properties.asyncEngineCount != 0; }
 
+/// The turn of one calling thread to compute with all threads of the CPU BLAS.
+class CpuTurn
+{
+public:
+    CpuTurn() { softdevTakeCpuTurn(); }
+    ~CpuTurn() { softdevLeaveCpuTurn(); }
+    CpuTurn(const CpuTurn&) = delete;
+    CpuTurn& operator=(const CpuTurn&) = delete;
+};
+
 /// The kernel's name as the call log shows it: what the compiler calls the template argument of this function, without
 /// its namespaces and parameters.
 template <auto Kernel>

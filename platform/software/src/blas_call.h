@@ -9,6 +9,7 @@
 
 #include "calls.h"
 #include "checks.h"
+#include "cpu_turn.h"
 #include "cublas_api.h"
 #include "handles.h"
 
@@ -73,7 +74,13 @@ public:
     {
         if (!good_)
             return CUBLAS_STATUS_INVALID_VALUE;
-        device_.submit({[work] { return work(), cudaSuccess; }, static_cast<std::int64_t>(operations / 8), false});
+        constexpr double worthThreads = 500'000;
+        const auto run = [work, wanted = operations > worthThreads] {
+            const CpuTurn turn(wanted);
+            work();
+            return cudaSuccess;
+        };
+        device_.submit({run, static_cast<std::int64_t>(operations / 8), false});
         return CUBLAS_STATUS_SUCCESS;
     }
 

@@ -1,4 +1,5 @@
-/// Kernels that are compiled for the CPU: a launch is a loop over its blocks, spread over the cores.
+/// What the launch glue uses. Kernels are compiled for the CPU: a launch is a loop over its blocks, spread over the
+/// cores.
 
 #include <algorithm>
 #include <atomic>
@@ -8,6 +9,7 @@
 #include <typeinfo>
 #include <unordered_map>
 
+#include "cpu_turn.h"
 #include "error.h"
 #include "launch.h"
 #include "parallel.h"
@@ -127,3 +129,7 @@ cudaError_t softdevDeviceView(const void* address, void** view) noexcept
 }
 
 cudaError_t softdevFail(cudaError_t code) noexcept { return latch(code); }
+
+void softdevTakeCpuTurn() { takeCpuTurn(); }
+
+void softdevLeaveCpuTurn() noexcept { leaveCpuTurn(); }

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "cuda_runtime.h"
+#include <cuda_runtime.h>
 
 #pragma GCC visibility push(default)
 
@@ -19,5 +19,9 @@ cudaError_t softdevFail(cudaError_t code) noexcept;
 /// 0 or above the device's limit, if `block` differs from `kernelBlock`, the shape that the kernel was written for, or
 /// if a block has more than 1024 threads. `name` is copied.
 cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBlock, std::function<void()> runBlock);
+
+/// Waits for, and gives back, the turn to compute with all threads of the CPU BLAS, which the device does too.
+void softdevTakeCpuTurn();
+void softdevLeaveCpuTurn() noexcept;
 
 #pragma GCC visibility pop
