@@ -1,5 +1,5 @@
-// The thread block of a kernel on a GPU: every phase is run by each thread for itself. `each` and `eachAlongY` become the
-// phase's body, with this thread's index; `eachBelow(count, ...)` the body of the threads below count.
+// The thread block of a kernel on a GPU: every phase is run by each thread for itself. `each` and `eachAlongY` become
+// the phase's body, with this thread's index; `eachBelow(count, ...)` the body of the threads below count.
 #pragma once
 
 namespace tarn {

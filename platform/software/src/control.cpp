@@ -25,13 +25,25 @@ void softdevSetVersions(int runtime, int driver, int cublas) noexcept
     machine().versions = {runtime, driver, cublas};
 }
 
-void softdevSetHold(bool hold) noexcept { machine().setHold(hold); }
+void softdevSetHold(bool hold) noexcept
+{
+    machine().changeModes([=](Modes& modes) { modes.hold = hold; });
+}
 
-void softdevSetEager(bool eager) noexcept { machine().setEager(eager); }
+void softdevSetEager(bool eager) noexcept
+{
+    machine().changeModes([=](Modes& modes) { modes.eager = eager; });
+}
 
-void softdevSetOrder(unsigned seed) noexcept { machine().setOrder(seed); }
+void softdevSetOrder(unsigned seed) noexcept
+{
+    machine().changeModes([=](Modes& modes) { modes.order = seed; });
+}
 
-void softdevSetSticky(bool sticky) noexcept { machine().setSticky(sticky); }
+void softdevSetSticky(bool sticky) noexcept
+{
+    machine().changeModes([=](Modes& modes) { modes.sticky = sticky; });
+}
 
 void softdevSetPoison(bool poison) noexcept { setPoison(poison); }
 

@@ -6,7 +6,6 @@
 
 #include <unistd.h>
 
-#include "checks.h"
 
 namespace tarn::soft {
 
@@ -61,7 +60,7 @@ void Device::submit(Work work)
     }
 }
 
-Machine::Machine() : process_(getpid()), hold_(checked) { setDevices({softdevDefaultDevice()}); }
+Machine::Machine() : process_(getpid()) { setDevices({softdevDefaultDevice()}); }
 
 Machine::~Machine()
 {
@@ -105,10 +104,7 @@ Device* Machine::device(int index)
     const std::lock_guard lock(mutex_);
     if (!slot.owned) {
         slot.owned = std::make_unique<Device>(slot.record, index);
-        slot.owned->queue.setHold(hold_);
-        slot.owned->queue.setEager(eager_);
-        slot.owned->queue.setOrder(order_);
-        slot.owned->queue.setSticky(sticky_);
+        slot.owned->queue.setModes(modes_);
         slot.device.store(slot.owned.get(), std::memory_order_release);
     }
     return slot.owned.get();
@@ -156,32 +152,11 @@ void Machine::forgetExecutionErrors()
     forDevices([](Device& device) { device.queue.forgetError(); });
 }
 
-void Machine::setHold(bool hold)
+void Machine::changeModes(const std::function<void(Modes&)>& change)
 {
     const std::lock_guard lock(mutex_);
-    hold_ = hold;
-    forDevices([=](Device& device) { device.queue.setHold(hold); });
-}
-
-void Machine::setEager(bool eager)
-{
-    const std::lock_guard lock(mutex_);
-    eager_ = eager;
-    forDevices([=](Device& device) { device.queue.setEager(eager); });
-}
-
-void Machine::setOrder(unsigned seed)
-{
-    const std::lock_guard lock(mutex_);
-    order_ = seed;
-    forDevices([=](Device& device) { device.queue.setOrder(seed); });
-}
-
-void Machine::setSticky(bool sticky)
-{
-    const std::lock_guard lock(mutex_);
-    sticky_ = sticky;
-    forDevices([=](Device& device) { device.queue.setSticky(sticky); });
+    change(modes_);
+    forDevices([&](Device& device) { device.queue.setModes(modes_); });
 }
 
 void Machine::setDevices(const std::vector<SoftdevDevice>& records)

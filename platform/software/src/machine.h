@@ -2,6 +2,7 @@
 /// The devices of the machine, and which of them is current on each thread.
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -81,10 +82,9 @@ public:
     void drain();
 
     void forgetExecutionErrors();
-    void setHold(bool hold);
-    void setEager(bool eager);
-    void setOrder(unsigned seed);
-    void setSticky(bool sticky);
+
+    /// change(Modes&), for the devices that there are and that will be.
+    void changeModes(const std::function<void(Modes&)>& change);
 
     /// Replaces the devices. Nothing may be alive on them.
     void setDevices(const std::vector<SoftdevDevice>& records);
@@ -105,10 +105,7 @@ private:
     const pid_t process_;
     std::mutex mutex_;
     std::vector<std::unique_ptr<Slot>> slots_;
-    bool hold_;
-    bool eager_ = false;
-    unsigned order_ = 0;
-    bool sticky_ = stickyAtFirst;
+    Modes modes_;
     std::atomic<unsigned> generation_{1}; ///< counts the sets of devices; a thread's choice is good for one of them
 };
 

@@ -79,7 +79,7 @@ cudaError_t Queue::settle(Ticket ticket)
 {
     std::unique_lock lock(mutex_);
     waitUntilDone(lock, ticket);
-    if (!hold_ && !drawn_)
+    if (!modes_.hold && modes_.order == 0)
         waitUntilAllDone(lock);
     return takeError(ticket);
 }
@@ -106,29 +106,16 @@ void Queue::releaseLate()
     wakeIfWorthwhile();
 }
 
-void Queue::setHold(bool hold)
+void Queue::setModes(const Modes& modes)
 {
     const std::lock_guard lock(mutex_);
-    hold_ = hold;
-    urgent_ = !entries_.empty();
+    if (modes.order != modes_.order)
+        random_.seed(modes.order);
+    urgent_ = urgent_ || (modes_.hold && !entries_.empty());
+    modes_ = modes;
+    sticky_ = modes.sticky;
     wakeIfWorthwhile();
 }
-
-void Queue::setEager(bool eager)
-{
-    const std::lock_guard lock(mutex_);
-    eager_ = eager;
-    wakeIfWorthwhile();
-}
-
-void Queue::setOrder(unsigned seed)
-{
-    const std::lock_guard lock(mutex_);
-    drawn_ = seed != 0;
-    random_.seed(seed);
-}
-
-void Queue::setSticky(bool sticky) { sticky_ = sticky; }
 
 void Queue::forgetError()
 {
@@ -140,7 +127,7 @@ void Queue::forgetError()
 /// Work of the default stream waits for all that was issued before, and all that is issued later waits for it.
 std::size_t Queue::chooseNext()
 {
-    if (!drawn_)
+    if (modes_.order == 0)
         return 0;
     std::vector<std::size_t> candidates;
     std::set<cudaStream_t> seen;
@@ -196,12 +183,12 @@ void Queue::leaveExecutorRole()
 /// Whether the device's own thread may run the first entry.
 bool Queue::runnable() const
 {
-    return !hold_ && !entries_.empty() && !(entries_.size() == 1 && entries_.front().work.late);
+    return !modes_.hold && !entries_.empty() && !(entries_.size() == 1 && entries_.front().work.late);
 }
 
 void Queue::wakeIfWorthwhile()
 {
-    if (!executing_ && runnable() && (urgent_ || eager_ || pendingCost_ >= worthWaking()))
+    if (!executing_ && runnable() && (urgent_ || modes_.eager || pendingCost_ >= worthWaking()))
         wakeDeviceThread();
 }
 

@@ -12,6 +12,7 @@
 #include <set>
 #include <thread>
 
+#include "checks.h"
 #include "cuda_runtime.h"
 
 namespace tarn::soft {
@@ -19,12 +20,18 @@ namespace tarn::soft {
 /// Place of a piece of work in the order of issue, counted from 1.
 using Ticket = std::uint64_t;
 
-/// Whether failures are sticky before anybody says so.
+/// How queues run their work; see softdev.h.
+struct Modes
+{
+    bool hold = checked;
+    bool eager = false;
+    unsigned order = 0; ///< seed; 0: of issue
 #ifdef TARN_EMULATED_GPU
-constexpr bool stickyAtFirst = true;
+    bool sticky = true;
 #else
-constexpr bool stickyAtFirst = false;
+    bool sticky = false;
 #endif
+};
 
 /// One piece of queued work.
 struct Work
@@ -72,10 +79,7 @@ public:
     /// Lets late work run although nobody waits for it: its stream is gone.
     void releaseLate();
 
-    void setHold(bool hold);
-    void setEager(bool eager);
-    void setOrder(unsigned seed);
-    void setSticky(bool sticky);
+    void setModes(const Modes& modes);
     void forgetError();
 
     /// The failure that stays, where failures are sticky and one has happened; else cudaSuccess.
@@ -110,10 +114,8 @@ private:
     std::set<Ticket> completedAhead_;  ///< done before one that was issued earlier
     std::int64_t pendingCost_ = 0;     ///< of the entries, ns
     bool executing_ = false;           ///< some thread has the role of executor
-    bool hold_ = false;
-    bool eager_ = false;
-    bool urgent_ = false; ///< the entries are to run soon, however small they are
-    bool drawn_ = false;  ///< the order of different streams is drawn
+    bool urgent_ = false;              ///< the entries are to run soon, however small they are
+    Modes modes_;
     std::minstd_rand random_;
 
     std::condition_variable done_;
@@ -126,7 +128,7 @@ private:
     bool awake_ = false;
     bool stopping_ = false;
 
-    std::atomic<bool> sticky_{stickyAtFirst};
+    std::atomic<bool> sticky_{Modes().sticky};
     std::atomic<cudaError_t> error_{cudaSuccess};
     Ticket errorTicket_ = 0;
 };
