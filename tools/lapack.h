@@ -60,9 +60,13 @@ using FortranComplexGesvd = void(const char* jobu, const char* jobvt, const int*
                                  const int* lda, T* s, std::complex<T>* u, const int* ldu, std::complex<T>* vt,
                                  const int* ldvt, std::complex<T>* work, const int* lwork, T* rwork, int* info,
                                  std::size_t, std::size_t);
-template <class T>
+/// R is the type of norms, W of the second workspace: int for real T, R for complex T.
+template <class T, class R = T, class W = int>
+using FortranGecon = void(const char* norm, const int* n, const T* a, const int* lda, const R* anorm, R* rcond, T* work,
+                          W* work2, int* info, std::size_t);
+template <class T, class R = T, class W = int>
 using FortranTrcon = void(const char* norm, const char* uplo, const char* diag, const int* n, const T* a,
-                          const int* lda, T* rcond, T* work, int* iwork, int* info, std::size_t, std::size_t,
+                          const int* lda, R* rcond, T* work, W* work2, int* info, std::size_t, std::size_t,
                           std::size_t);
 
 extern "C" {
@@ -121,7 +125,11 @@ FortranGglse<std::complex<float>> cgglse_;
 FortranGesvd<float> sgesvd_;
 FortranGesvd<double> dgesvd_;
 FortranComplexGesvd<float> cgesvd_;
+FortranGecon<float> sgecon_;
+FortranGecon<std::complex<float>, float, float> cgecon_;
+FortranTrcon<float> strcon_;
 FortranTrcon<double> dtrcon_;
+FortranTrcon<std::complex<float>, float, float> ctrcon_;
 }
 
 /// Calls call(work, lwork) twice: first with lwork -1, which asks for the best length of the workspace, then with it.

@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "condition.h"
 #include "least_squares.h"
 #include "single_precision.h"
 #include "timing.h"
@@ -38,6 +39,8 @@ struct Solution
 {
     int m = 0, n = 0, nrhs = 0, p = 0;
     double seconds = 0, gflops = 0, residual = 0, constraintResidual = 0, backwardError = 0;
+    std::optional<double> rcond = {};        ///< not with constraints
+    std::optional<double> forwardError = {}; ///< where the solution is known
 };
 
 Files readFiles(const Options& options)
@@ -105,7 +108,10 @@ Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<
     check(status, isComplex<T> ? "tarnCgels" : "tarnSgels");
     x = top(x, a.cols);
     result.gflops = gelsFlops(a.rows, a.cols, b.cols);
+    result.rcond = reciprocalConditionOfTriangle(a.rows < a.cols ? 'L' : 'U', std::min(a.rows, a.cols), factors);
     result.backwardError = leastSquaresBackwardError(a, b, x);
+    if (options.rhs.empty() && a.rows >= a.cols)
+        result.forwardError = deviationFromOnes(x);
     return x;
 }
 
@@ -167,6 +173,10 @@ void printJson(const Options& options, char type, const Solution& s)
                                      {"residual", s.residual},
                                      {"backward_error", s.backwardError},
                                      {"status", tarnGetStatusString(tarnNoError)}};
+    if (s.rcond)
+        object["rcond"] = *s.rcond;
+    if (s.forwardError)
+        object["forward_error"] = *s.forwardError;
     if (options.constrained()) {
         object["p"] = s.p;
         object["constraint_residual"] = s.constraintResidual;
@@ -200,6 +210,11 @@ void printText(const Options& options, char type, const Solution& s)
     if (options.constrained())
         fmt::print("constraints     {:.6g}   norm2(d - B x)\n", s.constraintResidual);
     fmt::print("backward error  {:.3g}   {} eps = 2^-23\n", s.backwardError, definition(options, s));
+    if (s.rcond)
+        fmt::print("condition       {:.3g}   an estimate of norm1({f}) norm1({f}^-1), {f} the triangular factor\n",
+                   1 / *s.rcond, fmt::arg("f", s.m < s.n ? "L" : "R"));
+    if (s.forwardError)
+        fmt::print("forward error   {:.3g}   largest |x - 1|, where all of X should be 1\n", *s.forwardError);
     fmt::print("status          {}\n", tarnGetStatusString(tarnNoError));
     if (!options.out.empty())
         fmt::print("solution        {}\n", options.out);
@@ -212,6 +227,8 @@ int runLstsq(const Options& options)
     const bool complex = options.complex || files.anyComplex();
     const Solution solution = complex ? solve<std::complex<float>>(options, files) : solve<float>(options, files);
     (options.json ? printJson : printText)(options, complex ? 'c' : 's', solution);
+    if (solution.rcond)
+        warnOfCondition(options.matrix, *solution.rcond);
     return 0;
 }
 

@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "condition.h"
 #include "failure.h"
 #include "single_precision.h"
 #include "timing.h"
@@ -22,7 +23,8 @@ struct SolveOptions
 struct Solution
 {
     int n = 0, nrhs = 0;
-    double seconds = 0, gflops = 0, backwardError = 0;
+    double seconds = 0, gflops = 0, backwardError = 0, rcond = 0;
+    std::optional<double> forwardError = {}; ///< where the solution is known
 };
 
 void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
@@ -60,7 +62,10 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
     check(status, isComplex<T> ? "tarnCgesv" : "tarnSgesv");
 
     result.gflops = gesvFlops(a.rows, b.cols) * (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
+    result.rcond = reciprocalConditionOfLu(factors, norm1(a));
     result.backwardError = solveBackwardError(a, b, x);
+    if (!rhs)
+        result.forwardError = deviationFromOnes(x);
     if (!std::isfinite(result.backwardError))
         throw Failure(options.matrix + ": the solution does not fit single precision");
     if (!options.out.empty())
@@ -72,15 +77,18 @@ void print(const SolveOptions& options, char type, const Solution& s)
 {
     const char* status = tarnGetStatusString(tarnNoError);
     if (options.json) {
-        const nlohmann::ordered_json object = {{"matrix", options.matrix},
-                                               {"routine", "gesv"},
-                                               {"type", std::string(1, type)},
-                                               {"n", s.n},
-                                               {"nrhs", s.nrhs},
-                                               {"seconds", s.seconds},
-                                               {"gflops", s.gflops},
-                                               {"backward_error", s.backwardError},
-                                               {"status", status}};
+        nlohmann::ordered_json object = {{"matrix", options.matrix},
+                                         {"routine", "gesv"},
+                                         {"type", std::string(1, type)},
+                                         {"n", s.n},
+                                         {"nrhs", s.nrhs},
+                                         {"seconds", s.seconds},
+                                         {"gflops", s.gflops},
+                                         {"backward_error", s.backwardError},
+                                         {"rcond", s.rcond},
+                                         {"status", status}};
+        if (s.forwardError)
+            object["forward_error"] = *s.forwardError;
         fmt::print("{}\n", object.dump());
         return;
     }
@@ -88,6 +96,9 @@ void print(const SolveOptions& options, char type, const Solution& s)
                s.nrhs == 1 ? "" : "s", type == 'c' ? "complex" : "real");
     fmt::print("time            {:.6f} s, {:.2f} GFLOP/s\n", s.seconds, s.gflops);
     fmt::print("backward error  {:.3g}   norm1(B - A X) / (n norm1(A) norm1(X) eps), eps = 2^-23\n", s.backwardError);
+    fmt::print("condition       {:.3g}   an estimate of norm1(A) norm1(A^-1)\n", 1 / s.rcond);
+    if (s.forwardError)
+        fmt::print("forward error   {:.3g}   largest |x - 1|, where all of X should be 1\n", *s.forwardError);
     fmt::print("status          {}\n", status);
     if (!options.out.empty())
         fmt::print("solution        {}\n", options.out);
@@ -101,10 +112,11 @@ int runSolve(const SolveOptions& options)
         rhs = readMatrixMarket(options.rhs);
     checkShapes(options, matrix, rhs);
 
-    if (options.complex || holdsComplex(matrix) || (rhs && holdsComplex(*rhs)))
-        print(options, 'c', solve<std::complex<float>>(options, matrix, rhs));
-    else
-        print(options, 's', solve<float>(options, matrix, rhs));
+    const bool complex = options.complex || holdsComplex(matrix) || (rhs && holdsComplex(*rhs));
+    const Solution solution =
+        complex ? solve<std::complex<float>>(options, matrix, rhs) : solve<float>(options, matrix, rhs);
+    print(options, complex ? 'c' : 's', solution);
+    warnOfCondition(options.matrix, solution.rcond);
     return 0;
 }
 

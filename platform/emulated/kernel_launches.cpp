@@ -1,5 +1,5 @@
-// Launches every kernel family of the library once, single precision, on square matrices: what the counters of the
-// emulated GPU are read from.
+// Launches a kernel of every family of the library once, single precision where there is a choice, on square matrices:
+// what the counters of the emulated GPU are read from.
 // Usage: kernel-launches ORDER
 #include "frame/device_table.h"
 #include "lapack/kernels.h"
@@ -36,10 +36,17 @@ T* array(std::size_t count, T value)
 
 void elements(int n, float* a, float* b, float* c)
 {
+    const std::size_t count = std::size_t(n) * std::size_t(n);
     kernel::CopyMatrix(n, n, b, n, a, n);
+    kernel::CopyVector(n, b, 1, a, 1);
+    kernel::LACPY('A', n, n, a, n, b, n);
     kernel::LACPY('L', n, n, a, n, b, n);
     kernel::SetMatrixZero(n, n, b, n);
+    kernel::SetVectorZero(n, b, 1);
+    kernel::MakeTriangular('U', 'N', n, n, b, n);
     kernel::LASET('A', n, n, 1.f, 2.f, b, n);
+    kernel::PrecisionConvert(n, n, array(count, 0.5), n, c, n, array(1, 0));
+    kernel::ConjugateMatrix(n, n, array(count, Complex<float>(1, 1)), n);
     for (const char transa : {'N', 'T'})
         for (const char transb : {'N', 'T'}) {
             kernel::SubtractMatrix(transa, transb, n, n, a, n, b, n);

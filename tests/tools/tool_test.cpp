@@ -97,6 +97,37 @@ TEST_F(Tool, SolvesARealProblem)
     EXPECT_LT(report["backward_error"], 30);
 }
 
+TEST_F(Tool, TellsHowFarASolutionCanBeTrusted)
+{
+    const auto report = [&](const std::string& arguments, bool warns) {
+        const Run result = run(arguments + " --json");
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.err.find("singular to single precision") != std::string::npos, warns) << result.err;
+        return nlohmann::json::parse(result.out);
+    };
+    // diag(1, 1e-3) and its first column twice: condition 1000, and singular but for rounding.
+    const std::string diagonal = matrix("d.mtx", "coordinate real general", "2 2 2\n1 1 1\n2 2 1e-3\n");
+    const std::string b = matrix("b.mtx", "array real general", "2 1\n1\n1\n");
+    const nlohmann::json known = report("solve " + diagonal, false);
+    EXPECT_NEAR(known["rcond"], 1e-3, 1e-9);
+    EXPECT_LT(known["forward_error"], 1e-3);
+    EXPECT_FALSE(report("solve " + diagonal + " --rhs " + b, false).contains("forward_error"));
+    EXPECT_NEAR(report("solve --complex " + diagonal, false)["rcond"], 1e-3, 1e-9);
+    EXPECT_NEAR(report("lstsq " + diagonal, false)["rcond"], 1e-3, 1e-9);
+
+    std::string hilbert = "12 12\n";
+    for (int i = 0; i < 144; ++i)
+        hilbert += std::to_string(1.0 / (i / 12 + i % 12 + 1)) + "\n";
+    const nlohmann::json worthless = report("solve " + matrix("h.mtx", "array real general", hilbert), true);
+    EXPECT_LT(worthless["backward_error"], 30) << "which says nothing about the digits";
+    EXPECT_GT(worthless["forward_error"], 0.01);
+    // The third column is the sum of the others; six rows, and the same as a problem of least norm.
+    const std::string tall = "6 3\n1\n2\n3\n4\n5\n6\n.3\n.1\n.7\n.2\n.9\n.4\n1.3\n2.1\n3.7\n4.2\n5.9\n6.4\n";
+    report("lstsq " + matrix("t.mtx", "array real general", tall), true);
+    const std::string text = run("lstsq " + scratch.path("t.mtx")).out;
+    EXPECT_NE(text.find("\ncondition       "), std::string::npos) << text;
+}
+
 TEST_F(Tool, RefusesBadSystemsInOneLine)
 {
     const std::string square = matrix("a.mtx", "array real general", "2 2\n1\n0\n0\n1\n");

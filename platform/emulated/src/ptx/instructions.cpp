@@ -5,8 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
+#include <tuple>
 #include <unordered_map>
+#include <utility>
 
 namespace tarn::ptx {
 
@@ -56,51 +57,23 @@ private:
 
     // ---- forms ---------------------------------------------------------------------------------------------------
 
-    /// Where the sources are floating-point numbers, all of one type.
-    template <class T>
-    static void requireWritten(ThreadBlock& block, const Instruction& i, std::initializer_list<int> sources)
+    /// destination = rule(sources...), thread by thread. The types are the destination's and the sources'. To compute
+    /// with floating-point numbers that nobody has written is a fault.
+    template <class D, class... S, class Rule>
+    void compute(const std::string& name, Rule rule)
     {
-        if constexpr (std::is_floating_point_v<T>)
-            for (const int source : sources)
-                block.requireWritten<T>(i.rows[std::size_t(source)], i);
+        compute<D, S...>(name, rule, std::index_sequence_for<S...>());
     }
-
-    /// destination = rule(sources...), thread by thread. The types are the destination's and the sources'.
-    template <class D, class A, class Rule>
-    void unary(const std::string& name, Rule rule)
+    template <class D, class... S, class Rule, std::size_t... source>
+    void compute(const std::string& name, Rule rule, std::index_sequence<source...>)
     {
-        add(name, Form::compute, {typeOf<D>(), typeOf<A>()}, [rule](ThreadBlock& block, const Instruction& i) {
-            requireWritten<A>(block, i, {1});
+        add(name, Form::compute, {typeOf<D>(), typeOf<S>()...}, [rule](ThreadBlock& block, const Instruction& i) {
+            if constexpr ((std::is_floating_point_v<S> && ...))
+                (block.requireWritten<S>(i.rows[source + 1], i), ...);
             auto* const d = block.row<D>(i.rows[0]);
-            const auto* const a = block.row<A>(i.rows[1]);
-            block.forActive([=](int t) { d[t] = rule(a[t]); });
+            const std::tuple<const S*...> sources{block.row<S>(i.rows[source + 1])...};
+            block.forActive([=](int t) { d[t] = rule(std::get<source>(sources)[t]...); });
         });
-    }
-    template <class D, class A, class B, class Rule>
-    void binary(const std::string& name, Rule rule)
-    {
-        add(name, Form::compute, {typeOf<D>(), typeOf<A>(), typeOf<B>()},
-            [rule](ThreadBlock& block, const Instruction& i) {
-                requireWritten<A>(block, i, {1, 2});
-                auto* const d = block.row<D>(i.rows[0]);
-                const auto* const a = block.row<A>(i.rows[1]);
-                const auto* const b = block.row<B>(i.rows[2]);
-                block.forActive([=](int t) { d[t] = rule(a[t], b[t]); });
-            });
-    }
-    template <class D, class A, class B, class C, class Rule>
-    void ternary(const std::string& name, Rule rule)
-    {
-        add(name, Form::compute, {typeOf<D>(), typeOf<A>(), typeOf<B>(), typeOf<C>()},
-            [rule](ThreadBlock& block, const Instruction& i) {
-                if (!std::is_same_v<C, pred>)
-                    requireWritten<A>(block, i, {1, 2, 3});
-                auto* const d = block.row<D>(i.rows[0]);
-                const auto* const a = block.row<A>(i.rows[1]);
-                const auto* const b = block.row<B>(i.rows[2]);
-                const auto* const c = block.row<C>(i.rows[3]);
-                block.forActive([=](int t) { d[t] = rule(a[t], b[t], c[t]); });
-            });
     }
 
     template <class T, Space space>
@@ -187,15 +160,15 @@ template <class T>
 void Table::anyType(const std::string& type)
 {
     using Bits = std::conditional_t<sizeof(T) == 8, u64, std::conditional_t<sizeof(T) == 4, u32, u16>>;
-    unary<Bits, Bits>("mov." + type, [](Bits a) { return a; });
-    ternary<T, T, T, pred>("selp." + type, [](T a, T b, pred c) { return c ? a : b; });
-    binary<pred, T, T>("setp.eq." + type, [](T a, T b) { return pred{a == b}; });
+    compute<Bits, Bits>("mov." + type, [](Bits a) { return a; });
+    compute<T, T, T, pred>("selp." + type, [](T a, T b, pred c) { return c ? a : b; });
+    compute<pred, T, T>("setp.eq." + type, [](T a, T b) { return pred{a == b}; });
     // Of floating-point numbers: both numbers, and different. The unordered relations hold for NaN, see there.
-    binary<pred, T, T>("setp.ne." + type, [](T a, T b) { return pred{a != b && a == a && b == b}; });
-    binary<pred, T, T>("setp.lt." + type, [](T a, T b) { return pred{a < b}; });
-    binary<pred, T, T>("setp.le." + type, [](T a, T b) { return pred{a <= b}; });
-    binary<pred, T, T>("setp.gt." + type, [](T a, T b) { return pred{a > b}; });
-    binary<pred, T, T>("setp.ge." + type, [](T a, T b) { return pred{a >= b}; });
+    compute<pred, T, T>("setp.ne." + type, [](T a, T b) { return pred{a != b && a == a && b == b}; });
+    compute<pred, T, T>("setp.lt." + type, [](T a, T b) { return pred{a < b}; });
+    compute<pred, T, T>("setp.le." + type, [](T a, T b) { return pred{a <= b}; });
+    compute<pred, T, T>("setp.gt." + type, [](T a, T b) { return pred{a > b}; });
+    compute<pred, T, T>("setp.ge." + type, [](T a, T b) { return pred{a >= b}; });
 }
 
 /// Two's complement, modulo 2^bits.
@@ -207,18 +180,18 @@ void Table::integer(const std::string& type)
     using Twice = std::conditional_t<sizeof(T) == 2, std::conditional_t<std::is_signed_v<T>, s32, u32>, Wide>;
     constexpr u32 most = 8 * sizeof(T) - 1;
     anyType<T>(type);
-    binary<T, T, T>("add." + type, [](T a, T b) { return T(U(a) + U(b)); });
-    binary<T, T, T>("sub." + type, [](T a, T b) { return T(U(a) - U(b)); });
-    unary<T, T>("neg." + type, [](T a) { return T(U(0) - U(a)); });
-    binary<T, T, T>("mul.lo." + type, [](T a, T b) { return T(U(a) * U(b)); });
-    ternary<T, T, T, T>("mad.lo." + type, [](T a, T b, T c) { return T(U(a) * U(b) + U(c)); });
-    binary<T, T, T>("min." + type, [](T a, T b) { return std::min(a, b); });
-    binary<T, T, T>("max." + type, [](T a, T b) { return std::max(a, b); });
+    compute<T, T, T>("add." + type, [](T a, T b) { return T(U(a) + U(b)); });
+    compute<T, T, T>("sub." + type, [](T a, T b) { return T(U(a) - U(b)); });
+    compute<T, T>("neg." + type, [](T a) { return T(U(0) - U(a)); });
+    compute<T, T, T>("mul.lo." + type, [](T a, T b) { return T(U(a) * U(b)); });
+    compute<T, T, T, T>("mad.lo." + type, [](T a, T b, T c) { return T(U(a) * U(b) + U(c)); });
+    compute<T, T, T>("min." + type, [](T a, T b) { return std::min(a, b); });
+    compute<T, T, T>("max." + type, [](T a, T b) { return std::max(a, b); });
     // The count is clamped to the width; a signed value is filled with its sign.
-    binary<T, T, u32>("shr." + type, [](T a, u32 n) { return n <= most ? T(a >> n) : T(a < 0 ? -1 : 0); });
+    compute<T, T, u32>("shr." + type, [](T a, u32 n) { return n <= most ? T(a >> n) : T(a < 0 ? -1 : 0); });
     if constexpr (sizeof(T) <= 4) {
-        binary<Twice, T, T>("mul.wide." + type, [](T a, T b) { return Twice(Twice(a) * Twice(b)); });
-        ternary<Twice, T, T, Twice>("mad.wide." + type, [](T a, T b, Twice c) {
+        compute<Twice, T, T>("mul.wide." + type, [](T a, T b) { return Twice(Twice(a) * Twice(b)); });
+        compute<Twice, T, T, Twice>("mad.wide." + type, [](T a, T b, Twice c) {
             return Twice(std::make_unsigned_t<Twice>(Twice(a) * Twice(b)) + std::make_unsigned_t<Twice>(c));
         });
     }
@@ -229,12 +202,12 @@ void Table::bits(const std::string& type)
 {
     constexpr u32 most = 8 * sizeof(T) - 1;
     anyType<T>(type);
-    binary<T, T, T>("and." + type, [](T a, T b) { return T(a & b); });
-    binary<T, T, T>("or." + type, [](T a, T b) { return T(a | b); });
-    binary<T, T, T>("xor." + type, [](T a, T b) { return T(a ^ b); });
-    unary<T, T>("not." + type, [](T a) { return T(~a); });
-    binary<T, T, u32>("shl." + type, [](T a, u32 n) { return n <= most ? T(a << n) : T(0); });
-    binary<T, T, u32>("shr." + type, [](T a, u32 n) { return n <= most ? T(a >> n) : T(0); });
+    compute<T, T, T>("and." + type, [](T a, T b) { return T(a & b); });
+    compute<T, T, T>("or." + type, [](T a, T b) { return T(a | b); });
+    compute<T, T, T>("xor." + type, [](T a, T b) { return T(a ^ b); });
+    compute<T, T>("not." + type, [](T a) { return T(~a); });
+    compute<T, T, u32>("shl." + type, [](T a, u32 n) { return n <= most ? T(a << n) : T(0); });
+    compute<T, T, u32>("shr." + type, [](T a, u32 n) { return n <= most ? T(a >> n) : T(0); });
 }
 
 /// IEEE arithmetic, rounded to nearest.
@@ -243,22 +216,22 @@ void Table::floating(const std::string& type)
 {
     anyType<T>(type);
     for (const char* rounding : {".", ".rn."}) {
-        binary<T, T, T>("add" + (rounding + type), [](T a, T b) { return a + b; });
-        binary<T, T, T>("sub" + (rounding + type), [](T a, T b) { return a - b; });
-        binary<T, T, T>("mul" + (rounding + type), [](T a, T b) { return a * b; });
+        compute<T, T, T>("add" + (rounding + type), [](T a, T b) { return a + b; });
+        compute<T, T, T>("sub" + (rounding + type), [](T a, T b) { return a - b; });
+        compute<T, T, T>("mul" + (rounding + type), [](T a, T b) { return a * b; });
     }
-    ternary<T, T, T, T>("fma.rn." + type, [](T a, T b, T c) { return std::fma(a, b, c); });
-    binary<T, T, T>("div.rn." + type, [](T a, T b) { return a / b; });
-    unary<T, T>("sqrt.rn." + type, [](T a) { return std::sqrt(a); });
-    unary<T, T>("neg." + type, [](T a) { return -a; });
-    unary<T, T>("abs." + type, [](T a) { return std::fabs(a); });
-    binary<pred, T, T>("setp.equ." + type, [](T a, T b) { return pred{!(a < b || a > b)}; });
-    binary<pred, T, T>("setp.neu." + type, [](T a, T b) { return pred{a != b}; });
-    binary<pred, T, T>("setp.ltu." + type, [](T a, T b) { return pred{!(a >= b)}; });
-    binary<pred, T, T>("setp.leu." + type, [](T a, T b) { return pred{!(a > b)}; });
-    binary<pred, T, T>("setp.gtu." + type, [](T a, T b) { return pred{!(a <= b)}; });
-    binary<pred, T, T>("setp.geu." + type, [](T a, T b) { return pred{!(a < b)}; });
-    unary<pred, T>("testp.notanumber." + type, [](T a) { return pred{a != a}; });
+    compute<T, T, T, T>("fma.rn." + type, [](T a, T b, T c) { return std::fma(a, b, c); });
+    compute<T, T, T>("div.rn." + type, [](T a, T b) { return a / b; });
+    compute<T, T>("sqrt.rn." + type, [](T a) { return std::sqrt(a); });
+    compute<T, T>("neg." + type, [](T a) { return -a; });
+    compute<T, T>("abs." + type, [](T a) { return std::fabs(a); });
+    compute<pred, T, T>("setp.equ." + type, [](T a, T b) { return pred{!(a < b || a > b)}; });
+    compute<pred, T, T>("setp.neu." + type, [](T a, T b) { return pred{a != b}; });
+    compute<pred, T, T>("setp.ltu." + type, [](T a, T b) { return pred{!(a >= b)}; });
+    compute<pred, T, T>("setp.leu." + type, [](T a, T b) { return pred{!(a > b)}; });
+    compute<pred, T, T>("setp.gtu." + type, [](T a, T b) { return pred{!(a <= b)}; });
+    compute<pred, T, T>("setp.geu." + type, [](T a, T b) { return pred{!(a < b)}; });
+    compute<pred, T>("testp.notanumber." + type, [](T a) { return pred{a != a}; });
     atomic<T>("atom.global.add." + type, [](T a, T b) { return a + b; });
 }
 
@@ -277,30 +250,30 @@ void Table::memory(const std::string& type)
 
 void Table::predicates()
 {
-    unary<pred, pred>("mov.pred", [](pred a) { return a; });
-    unary<pred, pred>("not.pred", [](pred a) { return pred{!a}; });
-    binary<pred, pred, pred>("and.pred", [](pred a, pred b) { return pred{a && b}; });
-    binary<pred, pred, pred>("or.pred", [](pred a, pred b) { return pred{a || b}; });
-    binary<pred, pred, pred>("xor.pred", [](pred a, pred b) { return pred{bool(a) != bool(b)}; });
+    compute<pred, pred>("mov.pred", [](pred a) { return a; });
+    compute<pred, pred>("not.pred", [](pred a) { return pred{!a}; });
+    compute<pred, pred, pred>("and.pred", [](pred a, pred b) { return pred{a && b}; });
+    compute<pred, pred, pred>("or.pred", [](pred a, pred b) { return pred{a || b}; });
+    compute<pred, pred, pred>("xor.pred", [](pred a, pred b) { return pred{bool(a) != bool(b)}; });
 }
 
 /// cvt.DESTINATION.SOURCE; addresses of device memory are the same in the generic space.
 void Table::conversions()
 {
-    unary<u64, u64>("cvta.to.global.u64", [](u64 a) { return a; });
-    unary<u64, u64>("cvta.global.u64", [](u64 a) { return a; });
-    unary<f64, f32>("cvt.f64.f32", [](f32 a) { return f64(a); });
-    unary<f32, f64>("cvt.rn.f32.f64", [](f64 a) { return f32(a); });
-    unary<f32, s32>("cvt.rn.f32.s32", [](s32 a) { return f32(a); });
-    unary<f64, s32>("cvt.rn.f64.s32", [](s32 a) { return f64(a); });
-    unary<s64, s32>("cvt.s64.s32", [](s32 a) { return s64(a); });
-    unary<u64, u32>("cvt.u64.u32", [](u32 a) { return u64(a); });
-    unary<u32, u64>("cvt.u32.u64", [](u64 a) { return u32(a); });
-    unary<u32, u16>("cvt.u32.u16", [](u16 a) { return u32(a); });
-    unary<s32, s16>("cvt.s32.s16", [](s16 a) { return s32(a); });
-    unary<u64, u16>("cvt.u64.u16", [](u16 a) { return u64(a); });
-    unary<u16, u32>("cvt.u16.u32", [](u32 a) { return u16(a); });
-    unary<u16, u64>("cvt.u16.u64", [](u64 a) { return u16(a); });
+    compute<u64, u64>("cvta.to.global.u64", [](u64 a) { return a; });
+    compute<u64, u64>("cvta.global.u64", [](u64 a) { return a; });
+    compute<f64, f32>("cvt.f64.f32", [](f32 a) { return f64(a); });
+    compute<f32, f64>("cvt.rn.f32.f64", [](f64 a) { return f32(a); });
+    compute<f32, s32>("cvt.rn.f32.s32", [](s32 a) { return f32(a); });
+    compute<f64, s32>("cvt.rn.f64.s32", [](s32 a) { return f64(a); });
+    compute<s64, s32>("cvt.s64.s32", [](s32 a) { return s64(a); });
+    compute<u64, u32>("cvt.u64.u32", [](u32 a) { return u64(a); });
+    compute<u32, u64>("cvt.u32.u64", [](u64 a) { return u32(a); });
+    compute<u32, u16>("cvt.u32.u16", [](u16 a) { return u32(a); });
+    compute<s32, s16>("cvt.s32.s16", [](s16 a) { return s32(a); });
+    compute<u64, u16>("cvt.u64.u16", [](u16 a) { return u64(a); });
+    compute<u16, u32>("cvt.u16.u32", [](u32 a) { return u16(a); });
+    compute<u16, u64>("cvt.u16.u64", [](u64 a) { return u16(a); });
 }
 
 Table::Table()
