@@ -2,10 +2,10 @@
 include(CMakePackageConfigHelpers)
 
 set(package_targets tarn_core tarn_lapack)
+# tarn::device: what a program needs that allocates device memory itself.
+add_library(tarn_device_interface INTERFACE)
+add_library(tarn::device ALIAS tarn_device_interface)
 if(TARN_PROVIDER STREQUAL software)
-    # tarn::device: what a program needs that allocates device memory itself. With CUDA it is the toolkit's.
-    add_library(tarn_device_interface INTERFACE)
-    add_library(tarn::device ALIAS tarn_device_interface)
     set_target_properties(tarn_device_interface PROPERTIES EXPORT_NAME device)
     target_include_directories(tarn_device_interface INTERFACE
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/software/include>
@@ -14,7 +14,7 @@ if(TARN_PROVIDER STREQUAL software)
     list(APPEND package_targets tarn_softdev tarn_device_interface)
     install(DIRECTORY platform/software/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn_softdev)
 else()
-    add_library(tarn::device ALIAS CUDA::cudart)
+    target_link_libraries(tarn_device_interface INTERFACE CUDA::cudart) # the package finds the user's toolkit
 endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/tarn_core.h include/tarn_lapack.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
