@@ -12,7 +12,10 @@ int main()
     int* pivots = nullptr;
     float *deviceA = nullptr, *deviceB = nullptr;
 
-    tarnInitialize();
+    if (const tarnStatus status = tarnInitialize(); status != tarnNoError) {
+        std::fprintf(stderr, "%s\n", tarnGetStatusString(status));
+        return 1;
+    }
     cudaMalloc(&deviceA, sizeof a);
     cudaMalloc(&deviceB, sizeof b);
     cudaMalloc(&pivots, 3 * sizeof(int));

@@ -210,7 +210,7 @@ Command addBench(CLI::App& tarn)
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
-    app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
+    CLI::Option* csv = app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
     app->add_flag("--list", options->list,
                   "Measure nothing: print each routine's name, types, largest size for a survey, and reference");
     app->add_flag(
@@ -223,7 +223,8 @@ Command addBench(CLI::App& tarn)
                     "together on host pointers, and their share of those of the first number")
         ->delimiter(',')
         ->check(CLI::PositiveNumber)
-        ->excludes(json);
+        ->excludes(json)
+        ->excludes(csv);
     app->footer(bench::help());
     return {app, [options, app] {
                 if (options->kernels && app->count("--size") == 0)

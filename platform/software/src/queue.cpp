@@ -87,8 +87,9 @@ cudaError_t Queue::settle(Ticket ticket)
 cudaError_t Queue::waitAll()
 {
     std::unique_lock lock(mutex_);
+    const Ticket last = issued_;
     waitUntilAllDone(lock);
-    return takeError(issued_);
+    return takeError(last);
 }
 
 void Queue::drain()
