@@ -170,7 +170,9 @@ TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
     int host = 0, ran = 0;
     const auto copy = [&] { return cudaMemcpy(&host, device, sizeof host, cudaMemcpyDeviceToHost); };
     softdevFailExecution("Bad", 1, cudaErrorIllegalAddress);
-    ASSERT_EQ(launch(1, [] {}, "Bad_k"), cudaSuccess);
+    ASSERT_EQ(launch(
+                  1, [] {}, "Bad_k"),
+              cudaSuccess);
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(copy(), cudaErrorIllegalAddress);
         EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "again and again";

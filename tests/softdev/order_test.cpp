@@ -77,8 +77,8 @@ TEST_F(OrderTest, DefaultStreamOrdersOtherStreams)
     cudaStreamDestroy(down);
 }
 
-/// What a stream reads of what another one wrote, without waiting for it, for each of many orders; then the same with the
-/// default stream between them.
+/// What a stream reads of what another one wrote, without waiting for it, for each of many orders; then the same with
+/// the default stream between them.
 static int staleReads(bool ordered)
 {
     cudaStream_t write, read;

@@ -6,7 +6,6 @@
 
 #include <unistd.h>
 
-
 namespace tarn::soft {
 
 namespace {

@@ -433,9 +433,8 @@ private:
     void operands(const std::vector<std::string>& texts, int count, Instruction& instruction)
     {
         const Opcode& opcode = *instruction.opcode;
-        static const std::map<Form, std::size_t> counts = {{Form::load, 2},      {Form::store, 2},  {Form::atomic, 3},
-                                                           {Form::branch, 1}, {Form::barrier, 1},
-                                                           {Form::leave, 0}};
+        static const std::map<Form, std::size_t> counts = {{Form::load, 2},   {Form::store, 2},   {Form::atomic, 3},
+                                                           {Form::branch, 1}, {Form::barrier, 1}, {Form::leave, 0}};
         const std::size_t expected = opcode.form == Form::compute ? opcode.operands.size() : counts.at(opcode.form);
         if (texts.size() != expected)
             fail("the number of operands");

@@ -24,13 +24,13 @@ struct Type
 /// The operands of an instruction.
 enum class Form
 {
-    compute,   ///< destination, sources
-    load,      ///< destinations, address
-    store,     ///< address, sources
-    atomic,    ///< destination, address, source
-    branch,    ///< label
-    barrier,   ///< number of the barrier
-    leave      ///< none
+    compute, ///< destination, sources
+    load,    ///< destinations, address
+    store,   ///< address, sources
+    atomic,  ///< destination, address, source
+    branch,  ///< label
+    barrier, ///< number of the barrier
+    leave    ///< none
 };
 
 /// One line of the table of instructions.

@@ -253,7 +253,9 @@ char* ThreadBlock::reach(Space space, Access access, const Instruction& instruct
 
 const Allocation* ThreadBlock::allocation(std::uint64_t at, int bytes)
 {
-    const auto holds = [&](const Allocation& a) { return at >= a.begin && inside(at - a.begin, bytes, a.end - a.begin); };
+    const auto holds = [&](const Allocation& a) {
+        return at >= a.begin && inside(at - a.begin, bytes, a.end - a.begin);
+    };
     for (const Allocation& recent : recent_)
         if (holds(recent))
             return &recent;
