@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 namespace tarn::kernel {
 
@@ -22,25 +23,70 @@ struct swstruct
     std::uint16_t pivots[pivotsPerLaunch];
 };
 
+/// How many of n items a block has whose first is `first`.
+__device__ __forceinline__ int itemsFrom(std::int64_t first, int n)
+{
+    return int(first >= n ? 0 : n - first < Line::threads ? n - first : Line::threads);
+}
+
+/// Interchanges that are made together if they touch no row in common. A thread of a GPU loads their elements before it
+/// stores the first, and so waits for memory once.
+constexpr int exchangesAtOnce = readsInPlace ? 1 : 8;
+
+/// Whether `count` interchanges, of rows r, r + 1, ... with the rows that pivots name, touch no row in common. A row
+/// that stays where it is touches itself.
+template <int count>
+__device__ __forceinline__ bool disjoint(int r, const std::uint16_t* pivots)
+{
+    bool result = true;
+    for (int i = 0; i < count; ++i)
+        for (int j = i + 1; j < count; ++j)
+            result = result && pivots[i] != pivots[j] && pivots[i] != r + j && pivots[j] != r + i;
+    return result;
+}
+
+/// Exchanges elements r + i and pivots[i] of a line, `stride` apart, for i below count, which are disjoint.
+template <int count, class T>
+__device__ __forceinline__ void exchange(T* line, std::int64_t stride, int r, const std::uint16_t* pivots)
+{
+    T upper[count], lower[count];
+    for (int i = 0; i < count; ++i) {
+        upper[i] = line[(r + i) * stride];
+        lower[i] = line[pivots[i] * stride];
+    }
+    for (int i = 0; i < count; ++i) {
+        line[(r + i) * stride] = lower[i];
+        line[pivots[i] * stride] = upper[i];
+    }
+}
+
+/// step(several, c) for the interchanges from c on, `several` at a time, in order.
+template <class Step>
+__device__ __forceinline__ void forInterchanges(int k0, int count, const std::uint16_t* pivots, const Step& step)
+{
+    for (int c = 0; c < count;) {
+        if (exchangesAtOnce > 1 && c + exchangesAtOnce <= count && disjoint<exchangesAtOnce>(k0 + c, pivots + c)) {
+            step(std::integral_constant<int, exchangesAtOnce>(), c);
+            c += exchangesAtOnce;
+        } else {
+            if (pivots[c] != k0 + c)
+                step(std::integral_constant<int, 1>(), c);
+            ++c;
+        }
+    }
+}
+
 /// Exchanges rows of A; one thread owns one of the n columns and makes the interchanges in order.
 template <class Map, class T>
 __global__ void KernelLASWP(int n, T* A, int lda, int k0, int count, const __grid_constant__ swstruct sw)
 {
     const Line block;
-    const unsigned first = Map::firstItem();
-    block.each([&](int t) {
-        const unsigned id = first + t;
-        if (id >= unsigned(n))
-            return;
-        T* const column = A + std::int64_t(id) * lda;
-        for (int c = 0; c < count; ++c) {
-            const int r = k0 + c, p = sw.pivots[c];
-            if (r != p) {
-                const T x = column[r];
-                column[r] = column[p];
-                column[p] = x;
-            }
-        }
+    const std::int64_t first = Map::firstItem();
+    block.eachBelow(itemsFrom(first, n), [&](int t) {
+        T* const column = A + (first + t) * lda;
+        forInterchanges(k0, count, sw.pivots, [&](auto several, int c) {
+            exchange<decltype(several)::value>(column, 1, k0 + c, sw.pivots + c);
+        });
     });
 }
 
@@ -49,22 +95,12 @@ template <class Map, class T>
 __global__ void KernelLASWPCOL(int n, T* A, int lda, int k0, int count, const __grid_constant__ swstruct sw)
 {
     const Line block;
-    const unsigned first = Map::firstItem();
-    for (int c = 0; c < count; ++c) {
-        const int r = k0 + c, p = sw.pivots[c];
-        if (r == p)
-            continue;
-        T* const left = A + std::int64_t(r) * lda;
-        T* const right = A + std::int64_t(p) * lda;
-        block.each([&](int t) {
-            const unsigned id = first + t;
-            if (id < unsigned(n)) {
-                const T x = left[id];
-                left[id] = right[id];
-                right[id] = x;
-            }
-        });
-    }
+    const std::int64_t first = Map::firstItem();
+    const int rows = itemsFrom(first, n);
+    forInterchanges(k0, count, sw.pivots, [&](auto several, int c) {
+        block.eachBelow(rows,
+                        [&](int t) { exchange<decltype(several)::value>(A + first + t, lda, k0 + c, sw.pivots + c); });
+    });
 }
 
 namespace {
