@@ -22,7 +22,8 @@ template <>
 struct Calls<float>
 {
     static constexpr auto getrf = sgetrf_;
-    static constexpr auto geqrf = sgeqrf_;
+    static constexpr auto getrf2 = sgetrf2_;
+    static constexpr auto geqr2 = sgeqr2_;
     static constexpr auto gelqf = sgelqf_;
     static constexpr auto gerqf = sgerqf_;
     static constexpr auto gebd2 = sgebd2_;
@@ -33,6 +34,9 @@ struct Calls<float>
     static constexpr auto ormrq = sormrq_;
     static constexpr auto larfg = slarfg_;
     static constexpr auto larft = slarft_;
+    static constexpr auto larfb = slarfb_;
+    static constexpr auto gemm = sgemm_;
+    static constexpr auto trmm = strmm_;
     static constexpr auto gemv = sgemv_;
     static constexpr auto axpy = saxpy_;
     static constexpr auto copy = scopy_;
@@ -43,7 +47,8 @@ template <>
 struct Calls<Complex<float>>
 {
     static constexpr auto getrf = cgetrf_;
-    static constexpr auto geqrf = cgeqrf_;
+    static constexpr auto getrf2 = cgetrf2_;
+    static constexpr auto geqr2 = cgeqr2_;
     static constexpr auto gelqf = cgelqf_;
     static constexpr auto gerqf = cgerqf_;
     static constexpr auto gebd2 = cgebd2_;
@@ -54,6 +59,9 @@ struct Calls<Complex<float>>
     static constexpr auto ormrq = cunmrq_;
     static constexpr auto larfg = clarfg_;
     static constexpr auto larft = clarft_;
+    static constexpr auto larfb = clarfb_;
+    static constexpr auto gemm = cgemm_;
+    static constexpr auto trmm = ctrmm_;
     static constexpr auto gemv = cgemv_;
     static constexpr auto axpy = caxpy_;
     static constexpr auto copy = ccopy_;
@@ -83,25 +91,24 @@ float realPart(Complex<float> x) { return x.real(); }
 
 /// call(work, lwork, &info), first with lwork = -1 for the size that it wants, then with that many elements.
 template <class T, class Call>
-void withWorkspace(Call&& call, int atLeast = 1)
+void withWorkspace(Call&& call)
 {
     int info = 0;
     T wanted{};
     call(&wanted, -1, &info);
     checkInfo(info);
-    const int lwork = std::max(int(realPart(wanted)), atLeast);
+    const int lwork = std::max(int(realPart(wanted)), 1);
     const auto work = workspace<T>(lwork);
     call(work.get(), lwork, &info);
     checkInfo(info);
 }
 
-/// The common form of geqrf, gelqf and gerqf.
+/// The common form of gelqf and gerqf.
 template <class T, class Routine>
-void factorise(Routine routine, int m, int n, T* a, int lda, T* tau, int atLeast = 1)
+void factorise(Routine routine, int m, int n, T* a, int lda, T* tau)
 {
     inTurn(2.0 * m * n * std::min(m, n), [&] {
-        withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); },
-                         atLeast);
+        withWorkspace<T>([&](T* work, int lwork, int* info) { routine(&m, &n, a, &lda, tau, work, &lwork, info); });
     });
 }
 
@@ -132,15 +139,21 @@ void multiply(Routine routine, char side, char trans, int m, int n, int k, const
 template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv)
 {
+    // From this many rows on, for panels of 64 to 192 columns: the blocked routine keeps them to one thread.
+    constexpr int tall = 2048;
+    const auto routine = m >= tall && n <= m / 4 ? Calls<T>::getrf2 : Calls<T>::getrf;
     int info = 0;
-    inTurn(double(m) * n * std::min(m, n), [&] { Calls<T>::getrf(&m, &n, a, &lda, ipiv, &info); });
+    inTurn(double(m) * n * std::min(m, n), [&] { routine(&m, &n, a, &lda, ipiv, &info); });
     checkInfo(info);
 }
 
 template <class T>
-void geqrf(int m, int n, T* a, int lda, T* tau)
+void geqr2(int m, int n, T* a, int lda, T* tau)
 {
-    factorise(Calls<T>::geqrf, m, n, a, lda, tau, n);
+    const auto work = workspace<T>(n);
+    int info = 0;
+    inTurn(2.0 * m * n * std::min(m, n), [&] { Calls<T>::geqr2(&m, &n, a, &lda, tau, work.get(), &info); });
+    checkInfo(info);
 }
 
 template <class T>
@@ -207,6 +220,19 @@ void larft(char direct, char storev, int n, int k, const T* v, int ldv, const T*
     inTurn(double(n) * k * k, [&] { Calls<T>::larft(&direct, &storev, &n, &k, v, &ldv, tau, t, &ldt, 1, 1); });
 }
 
+template <class T>
+void larfb(char side, char trans, char direct, char storev, int m, int n, int k, const T* v, int ldv, const T* t,
+           int ldt, T* c, int ldc)
+{
+    trans = transChar<T>(trans);
+    const int ldwork = std::max(1, side == 'L' ? n : m);
+    const auto work = workspace<T>(ldwork * k);
+    inTurn(4.0 * m * n * k, [&] {
+        Calls<T>::larfb(&side, &trans, &direct, &storev, &m, &n, &k, v, &ldv, t, &ldt, c, &ldc, work.get(), &ldwork, 1,
+                        1, 1, 1);
+    });
+}
+
 void lacgv(int n, Complex<float>* x, int incx) { clacgv_(&n, x, &incx); }
 
 void lartg(float f, float g, float* cs, float* sn, float* r) { slartg_(&f, &g, cs, sn, r); }
@@ -224,6 +250,24 @@ void lasq1(int n, float* d, float* e)
     int info = 0;
     slasq1_(&n, d, e, work.get(), &info);
     checkInfo(info);
+}
+
+template <class T>
+void gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+          T* c, int ldc)
+{
+    transa = transChar<T>(transa);
+    transb = transChar<T>(transb);
+    inTurn(2.0 * m * n * k,
+           [&] { Calls<T>::gemm(&transa, &transb, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc, 1, 1); });
+}
+
+template <class T>
+void trmm(char side, char uplo, char trans, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb)
+{
+    trans = transChar<T>(trans);
+    inTurn(double(m) * n * (side == 'L' ? m : n),
+           [&] { Calls<T>::trmm(&side, &uplo, &trans, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1); });
 }
 
 template <class T>
@@ -253,7 +297,7 @@ void scal(int n, T alpha, T* x, int incx)
 
 #define TARN_CPU(T)                                                                                                    \
     template void getrf(int, int, T*, int, int*);                                                                      \
-    template void geqrf(int, int, T*, int, T*);                                                                        \
+    template void geqr2(int, int, T*, int, T*);                                                                        \
     template void gelqf(int, int, T*, int, T*);                                                                        \
     template void gerqf(int, int, T*, int, T*);                                                                        \
     template void gebd2(int, int, T*, int, Real<T>*, Real<T>*, T*, T*);                                                \
@@ -264,6 +308,9 @@ void scal(int n, T alpha, T* x, int incx)
     template void ormrq(char, char, int, int, int, const T*, int, const T*, T*, int);                                  \
     template void larfg(int, T*, T*, int, T*);                                                                         \
     template void larft(char, char, int, int, const T*, int, const T*, T*, int);                                       \
+    template void larfb(char, char, char, char, int, int, int, const T*, int, const T*, int, T*, int);                 \
+    template void gemm(char, char, int, int, int, T, const T*, int, const T*, int, T, T*, int);                        \
+    template void trmm(char, char, char, char, int, int, T, const T*, int, T*, int);                                   \
     template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);                                   \
     template void axpy(int, T, const T*, int, T*, int);                                                                \
     template void copy(int, const T*, int, T*, int);                                                                   \

@@ -8,13 +8,14 @@
 
 namespace tarn::cpu {
 
-/// A = P L U, A m by n; ipiv gets min(m, n) one-based pivots. A data error names the first zero pivot. S C.
+/// A = P L U, A m by n; ipiv gets min(m, n) one-based pivots. A data error names the first zero pivot. Tall panels are
+/// factorised by halves (getrf2), whose products the threads of the CPU BLAS share. S C.
 template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv);
 
-/// A = Q R. S C.
+/// A = Q R, unblocked. S C.
 template <class T>
-void geqrf(int m, int n, T* a, int lda, T* tau);
+void geqr2(int m, int n, T* a, int lda, T* tau);
 
 /// A = L Q. S C.
 template <class T>
@@ -56,6 +57,11 @@ void larfg(int n, T* alpha, T* x, int incx, T* tau);
 template <class T>
 void larft(char direct, char storev, int n, int k, const T* v, int ldv, const T* tau, T* t, int ldt);
 
+/// C := H C, H^H C, C H or C H^H, H = I - V T V^H with k reflectors. S C.
+template <class T>
+void larfb(char side, char trans, char direct, char storev, int m, int n, int k, const T* v, int ldv, const T* t,
+           int ldt, T* c, int ldc);
+
 /// Conjugates x. C.
 void lacgv(int n, Complex<float>* x, int incx);
 
@@ -70,6 +76,15 @@ void lasv2(float f, float g, float h, float* ssmin, float* ssmax, float* snr, fl
 
 /// Singular values of the bidiagonal matrix (d, e) of order n, into d. S.
 void lasq1(int n, float* d, float* e);
+
+/// C := alpha op(A) op(B) + beta C; "T" and "C" both mean the conjugate transpose. S C.
+template <class T>
+void gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+          T* c, int ldc);
+
+/// B := alpha op(A) B or alpha B op(A), A triangular; "T" and "C" both mean A^H. S C.
+template <class T>
+void trmm(char side, char uplo, char trans, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb);
 
 /// y := alpha op(A) x + beta y; "T" and "C" both mean A^H. S C.
 template <class T>

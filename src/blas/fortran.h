@@ -10,9 +10,11 @@ extern "C" {
 
 void sgetrf_(const int*, const int*, float*, const int*, int*, int*);
 void cgetrf_(const int*, const int*, tarn::Complex<float>*, const int*, int*, int*);
-void sgeqrf_(const int*, const int*, float*, const int*, float*, float*, const int*, int*);
-void cgeqrf_(const int*, const int*, tarn::Complex<float>*, const int*, tarn::Complex<float>*, tarn::Complex<float>*,
-             const int*, int*);
+void sgetrf2_(const int*, const int*, float*, const int*, int*, int*);
+void cgetrf2_(const int*, const int*, tarn::Complex<float>*, const int*, int*, int*);
+void sgeqr2_(const int*, const int*, float*, const int*, float*, float*, int*);
+void cgeqr2_(const int*, const int*, tarn::Complex<float>*, const int*, tarn::Complex<float>*, tarn::Complex<float>*,
+             int*);
 void sgelqf_(const int*, const int*, float*, const int*, float*, float*, const int*, int*);
 void cgelqf_(const int*, const int*, tarn::Complex<float>*, const int*, tarn::Complex<float>*, tarn::Complex<float>*,
              const int*, int*);
@@ -49,6 +51,12 @@ void slarft_(const char*, const char*, const int*, const int*, const float*, con
              const int*, std::size_t, std::size_t);
 void clarft_(const char*, const char*, const int*, const int*, const tarn::Complex<float>*, const int*,
              const tarn::Complex<float>*, tarn::Complex<float>*, const int*, std::size_t, std::size_t);
+void slarfb_(const char*, const char*, const char*, const char*, const int*, const int*, const int*, const float*,
+             const int*, const float*, const int*, float*, const int*, float*, const int*, std::size_t, std::size_t,
+             std::size_t, std::size_t);
+void clarfb_(const char*, const char*, const char*, const char*, const int*, const int*, const int*,
+             const tarn::Complex<float>*, const int*, const tarn::Complex<float>*, const int*, tarn::Complex<float>*,
+             const int*, tarn::Complex<float>*, const int*, std::size_t, std::size_t, std::size_t, std::size_t);
 void clacgv_(const int*, tarn::Complex<float>*, const int*);
 void slartg_(const float*, const float*, float*, float*, float*);
 void slas2_(const float*, const float*, const float*, float*, float*);
@@ -59,6 +67,16 @@ void sgemv_(const char*, const int*, const int*, const float*, const float*, con
 void cgemv_(const char*, const int*, const int*, const tarn::Complex<float>*, const tarn::Complex<float>*, const int*,
             const tarn::Complex<float>*, const int*, const tarn::Complex<float>*, tarn::Complex<float>*, const int*,
             std::size_t);
+void sgemm_(const char*, const char*, const int*, const int*, const int*, const float*, const float*, const int*,
+            const float*, const int*, const float*, float*, const int*, std::size_t, std::size_t);
+void cgemm_(const char*, const char*, const int*, const int*, const int*, const tarn::Complex<float>*,
+            const tarn::Complex<float>*, const int*, const tarn::Complex<float>*, const int*,
+            const tarn::Complex<float>*, tarn::Complex<float>*, const int*, std::size_t, std::size_t);
+void strmm_(const char*, const char*, const char*, const char*, const int*, const int*, const float*, const float*,
+            const int*, float*, const int*, std::size_t, std::size_t, std::size_t, std::size_t);
+void ctrmm_(const char*, const char*, const char*, const char*, const int*, const int*, const tarn::Complex<float>*,
+            const tarn::Complex<float>*, const int*, tarn::Complex<float>*, const int*, std::size_t, std::size_t,
+            std::size_t, std::size_t);
 void saxpy_(const int*, const float*, const float*, const int*, float*, const int*);
 void caxpy_(const int*, const tarn::Complex<float>*, const tarn::Complex<float>*, const int*, tarn::Complex<float>*,
             const int*);

@@ -72,6 +72,7 @@ TYPED_TEST(Lu, RectangularFactors)
                                           {999, 1000},
                                           {1100, 300},
                                           {300, 1100},
+                                          {2100, 70}, // tall panels
                                           {100, 2000},
                                           {2 * block + 3, block},
                                           {block + 1, 3 * block},

@@ -3,6 +3,7 @@
 #include "blas/cpu.h"
 #include "frame/device_table.h"
 #include "frame/exceptions.h"
+#include "lapack/qr/panel.h"
 #include "lapack/qr/qr.h"
 #include "qr/factors.h"
 #include "support/forms.h"
@@ -40,7 +41,10 @@ struct Routines
 
 template <class T>
 const Routines<T> families[] = {
-    {qr, nullptr, tarn::qr::ormqr<T>, tarn::qr::orgqr<T>, tarn::cpu::geqrf<T>},
+    {qr, nullptr, tarn::qr::ormqr<T>, tarn::qr::orgqr<T>,
+     [](int m, int n, T* a, int lda, T* tau) {
+         tarn::qr::factoriseOnHost<T>({a, m, n, lda}, tau);
+     }},
     {lq, tarn::qr::gelqf<T>, tarn::qr::ormlq<T>, tarn::qr::orglq<T>, tarn::cpu::gelqf<T>},
     {rq, tarn::qr::gerqf<T>, tarn::qr::ormrq<T>, nullptr, tarn::cpu::gerqf<T>},
 };

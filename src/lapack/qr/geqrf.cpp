@@ -1,9 +1,9 @@
 #include "blas/blas.h"
-#include "blas/cpu.h"
 #include "blas/letters.h"
 #include "frame/exceptions.h"
 #include "frame/tuning.h"
 #include "lapack/kernels.h"
+#include "lapack/qr/panel.h"
 #include "lapack/qr/qr.h"
 #include "memory/matrix_view.h"
 #include "memory/memory_pool.h"
@@ -91,8 +91,7 @@ int factorisePanels(MatrixView<T> A, int nb, T* tau)
         const int next = std::min(n - i - nb + 1, nb), rest = n - i - nb + 1 - next;
 
         copyStream.synchronize();
-        cpu::geqrf(rows, nb, hostPanel.data(), m, tau + i - 1);
-        cpu::larft('F', 'C', rows, nb, hostPanel.data(), m, tau + i - 1, hostT.data(), nb);
+        factorisePanel({hostPanel.data(), rows, nb, m}, tau + i - 1, {hostT.data(), nb, nb, nb});
         setMatrix(rows, nb, A.at(i, i), A.ld, hostPanel.data(), m);
         update.begin(i, hostT.data());
 
@@ -107,13 +106,13 @@ int factorisePanels(MatrixView<T> A, int nb, T* tau)
     return i;
 }
 
-/// Factorises A on the CPU.
+/// Factorises what is left of A on the CPU.
 template <class T>
-void factoriseOnHost(MatrixView<T> A, T* tau)
+void factoriseLast(MatrixView<T> A, T* tau)
 {
     const std::unique_ptr<T[]> host(new T[std::size_t(A.rows) * A.cols]);
     getMatrix(A.rows, A.cols, host.get(), A.rows, A.data, A.ld);
-    cpu::geqrf(A.rows, A.cols, host.get(), A.rows, tau);
+    factoriseOnHost<T>({host.get(), A.rows, A.cols, A.rows}, tau);
     setMatrix(A.rows, A.cols, A.data, A.ld, host.get(), A.rows);
 }
 
@@ -143,7 +142,7 @@ void geqrf(int m, int n, T* a, int lda, T* tau)
 
     // The last block takes all columns to its right along.
     const int i = k > nb ? factorisePanels(A, nb, tauHost.data()) : 1;
-    factoriseOnHost(MatrixView<T>{A.at(i, i), m - i + 1, n - i + 1, lda}, tauHost.data() + i - 1);
+    factoriseLast<T>({A.at(i, i), m - i + 1, n - i + 1, lda}, tauHost.data() + i - 1);
 }
 
 template void geqrf(int, int, float*, int, float*);
