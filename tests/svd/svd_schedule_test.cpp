@@ -70,6 +70,8 @@ TEST_F(SvdSchedule, EachColumnAndRowOfAPanelIsOneProductOnTheDevice)
         EXPECT_EQ(countCalls(log, "cublasSgemv_v2"), 32 * panels);
         EXPECT_EQ(countCalls(log, "cublasSgemm_v2"), 2 * panels);
         EXPECT_EQ(countCalls(log, "LASR_k"), 0);
+        // The host waits for the two parts of a panel, and for one vector of each column and of each row.
+        EXPECT_EQ(countCalls(log, "cudaStreamSynchronize"), (2 + 2 * 32) * panels);
     }
 }
 

@@ -22,6 +22,9 @@ inline bool overlapsCopies(const cudaDeviceProp& properties)
 #endif
 }
 
+/// Whether the device computes on the cores that the host computes on.
+inline constexpr bool sharesCores = false;
+
 /// The turn of one calling thread to compute with all threads of the CPU BLAS.
 class CpuTurn
 {

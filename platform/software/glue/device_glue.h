@@ -14,6 +14,9 @@ namespace tarn::platform {
 /// True if the device can copy between host and device while a kernel runs.
 inline bool overlapsCopies(const cudaDeviceProp& properties) { return properties.asyncEngineCount != 0; }
 
+/// Whether the device computes on the cores that the host computes on.
+inline constexpr bool sharesCores = true;
+
 /// The turn of one calling thread to compute with all threads of the CPU BLAS.
 class CpuTurn
 {

@@ -34,28 +34,20 @@ class Reduction
 {
 public:
     Reduction(MatrixView<T> matrix, int nb)
-        : A(matrix), k(std::min(A.rows, A.cols)), nb_(nb), X(A.rows, nb), Y(A.cols, nb), col(A.rows, nb),
-          row(nb, A.cols), hostX(A.rows, nb), hostY(A.cols, nb), d(k), e(k), tauq(k), taup(k)
+        : A(matrix), k(std::min(A.rows, A.cols)), nb_(nb), X(A.rows, nb), Y(A.cols, nb), deviceLine(A.cols, 1),
+          col(A.rows, nb), row(nb, A.cols), hostX(A.rows, nb), hostY(A.cols, nb), line(A.cols, 1), d(k), e(k), tauq(k),
+          taup(k)
     {}
 
     /// Columns and rows i to i+nb-1, and with them the rest of A.
     void block(int i)
     {
         const int m = A.rows - i + 1, n = A.cols - i + 1, nb = nb_;
-        const BidiagonalPanel<T> P{{A.at(i, i), m, n, A.ld},
-                                   col.view(m, nb),
-                                   row.view(nb, n),
-                                   hostX.view(m, nb),
-                                   hostY.view(n, nb),
-                                   X.view(m, nb),
-                                   Y.view(n, nb),
-                                   {d.data() + i - 1, nb},
-                                   {e.data() + i - 1, nb},
-                                   {tauq.data() + i - 1, nb},
-                                   {taup.data() + i - 1, nb},
-                                   colStream,
-                                   rowStream,
-                                   vectorStream};
+        BidiagonalPanel<T> P{
+            {A.at(i, i), m, n, A.ld},   col.view(m, nb),        row.view(nb, n),        hostX.view(m, nb),
+            hostY.view(n, nb),          X.view(m, nb),          Y.view(n, nb),          line.view(n, 1).data,
+            deviceLine.view(n, 1).data, {d.data() + i - 1, nb}, {e.data() + i - 1, nb}, {tauq.data() + i - 1, nb},
+            {taup.data() + i - 1, nb},  Arrival(colStream),     Arrival(rowStream),     vectorStream};
         getMatrix(m, nb, P.col.data, P.col.ld, P.A.data, A.ld, colStream);
         getMatrix(nb, n, P.row.data, P.row.ld, P.A.data, A.ld, rowStream);
         labrd(P);
@@ -99,8 +91,8 @@ public:
 private:
     const MatrixView<T> A;
     const int k, nb_;
-    const Buffer<T, BlasAllocator> X, Y;
-    const Buffer<T, velk::PageLockedAllocator> col, row, hostX, hostY;
+    const Buffer<T, BlasAllocator> X, Y, deviceLine;
+    const Buffer<T, velk::PageLockedAllocator> col, row, hostX, hostY, line;
     std::vector<Real<T>> d, e;
     std::vector<T> tauq, taup;
     const StreamHandle rowStream = StreamHandle::create(), colStream = StreamHandle::create(),

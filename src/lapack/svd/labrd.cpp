@@ -11,6 +11,8 @@
 #include "lapack/kernels.h"
 #include "memory/transfer.h"
 
+#include <device_glue.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -68,9 +70,9 @@ private:
     Line<T> line_;
 };
 
-/// Elements of a matrix that a CPU BLAS still multiplies on the calling thread. For the products of a panel its other
-/// threads are not worth waking, and on the software device the cores are busy with the large product: at orders 1000
-/// and 2000 on two cores, waiting for them more than doubled the time of the whole reduction.
+/// Elements of a matrix that a CPU BLAS still multiplies on the calling thread. Where the large product keeps the cores
+/// busy, its other threads are not worth waking for the products of a panel: at orders 1000 and 2000 on two cores,
+/// waiting for them more than doubled the time of the whole reduction.
 constexpr int forOneThread = 4000;
 
 /// y := alpha op(M) x + beta y, M long and narrow, in pieces along its long side. An empty sum counts as 0, while gemv
@@ -82,7 +84,7 @@ void multiply(char trans, T alpha, MatrixView<T> M, Line<T> x, T beta, Line<T> y
         std::fill_n(y.data, y.n, T(0));
     const bool tall = M.rows >= M.cols, piecesOfY = tall == (trans == 'N');
     const int all = tall ? M.rows : M.cols, narrow = tall ? M.cols : M.rows;
-    const int most = forOneThread / std::max(1, narrow);
+    const int most = platform::sharesCores ? forOneThread / std::max(1, narrow) : std::max(1, all);
     for (int first = 1; first <= all; first += most) {
         const int count = std::min(most, all - first + 1);
         cpu::gemv(trans, tall ? count : narrow, tall ? narrow : count, alpha, tall ? M.at(first, 1) : M.at(1, first),
@@ -123,7 +125,7 @@ template <class T>
 class PanelReduction
 {
 public:
-    explicit PanelReduction(const BidiagonalPanel<T>& panel)
+    explicit PanelReduction(BidiagonalPanel<T>& panel)
         : P(panel), m(P.A.rows), n(P.A.cols), nb(P.X.cols), work_(std::max(m, n))
     {}
 
@@ -136,13 +138,13 @@ public:
         const MatrixView<T> V = part(P.col, top, m, 1, i - 1), X = part(P.X, top, m, 1, rowsDone);
 
         // col(top:m, i) -= V Y(i, 1:i-1)^H + X U(i, :)^H
-        P.colStream.synchronize();
+        P.colArrival.await();
         subtractProduct<T>('N', V, Conjugated<T>(inRow(P.Y, i, 1, i - 1)), v);
         subtractProduct('N', X, inColumn(P.col, i, 1, rowsDone), v);
         const Real<T> element = makeReflector(v, P.tauq.at(i));
 
         // y = A(top:m, i+1:n)^H v on the device
-        setMatrix(v.n, 1, P.A.at(top, i), P.A.ld, v.data, P.col.ld);
+        setMatrix(v.n, 1, P.A.at(top, i), P.A.ld, v.data, P.col.ld, P.vectorStream);
         kernel::gemv('C', v.n, y.n, T(1), P.A.at(top, i + 1), P.A.ld, P.A.at(top, i), 1, T(0), P.deviceY.at(i + 1, i),
                      1);
         getVector(y.n, y.data, P.deviceY.at(i + 1, i), P.vectorStream);
@@ -154,7 +156,7 @@ public:
         setProduct('C', T(1), X, v, ofX);
         P.vectorStream.synchronize();
         cpu::axpy(y.n, T(1), work.data, 1, y.data, 1);
-        P.rowStream.synchronize();
+        P.rowArrival.await();
         cpu::copy(nb - i + 1, P.col.at(i, i), 1, P.row.at(i, i), 1);
         subtractProduct('C', part(P.row, 1, rowsDone, i + 1, n), ofX, y);
         cpu::scal(y.n, *P.tauq.at(i), y.data, 1);
@@ -170,22 +172,23 @@ public:
         const MatrixView<T> Y = part(P.Y, left, n, 1, columnsDone), U = part(P.row, 1, i - 1, left, n);
 
         // row(i, left:n) -= V(i, :) Y^H + X(i, 1:i-1) U^H, all of it conjugated
-        P.rowStream.synchronize();
+        P.rowArrival.await();
         conjugate(u);
         subtractProduct<T>('N', Y, Conjugated<T>(inRow(P.row, i, 1, columnsDone)), u);
         subtractProduct<T>('C', U, Conjugated<T>(inRow(P.X, i, 1, i - 1)), u);
         const Real<T> element = makeReflector(u, P.taup.at(i));
 
         // x = A(i+1:m, left:n) u on the device
-        setMatrix(1, u.n, P.A.at(i, left), P.A.ld, u.data, P.row.ld);
-        kernel::gemv('N', x.n, u.n, T(1), P.A.at(i + 1, left), P.A.ld, P.A.at(i, left), P.A.ld, T(0),
-                     P.deviceX.at(i + 1, i), 1);
+        cpu::copy(u.n, u.data, u.inc, P.line, 1);
+        setMatrix(u.n, 1, P.deviceLine, u.n, P.line, u.n, P.vectorStream);
+        kernel::gemv('N', x.n, u.n, T(1), P.A.at(i + 1, left), P.A.ld, P.deviceLine, 1, T(0), P.deviceX.at(i + 1, i),
+                     1);
         getVector(x.n, x.data, P.deviceX.at(i + 1, i), P.vectorStream);
 
         // x -= V Y^H u + X U^H u
         const Line<T> ofY = inColumn(P.X, i, 1, columnsDone), ofU = inColumn(P.X, i, 1, i - 1);
         setProduct('C', T(1), Y, u, ofY);
-        P.colStream.synchronize();
+        P.colArrival.await();
         setProduct('N', T(-1), part(P.col, i + 1, m, 1, columnsDone), ofY, work);
         setProduct('N', T(1), U, u, ofU);
         P.vectorStream.synchronize();
@@ -198,7 +201,7 @@ public:
     }
 
 private:
-    const BidiagonalPanel<T>& P;
+    BidiagonalPanel<T>& P;
     const int m, n, nb;
     mutable std::vector<T> work_;
 };
@@ -206,7 +209,7 @@ private:
 } // namespace
 
 template <class T>
-void labrd(const BidiagonalPanel<T>& panel)
+void labrd(BidiagonalPanel<T>& panel)
 {
     const PanelReduction<T> reduction(panel);
     const bool upper = panel.A.rows >= panel.A.cols;
@@ -220,7 +223,7 @@ void labrd(const BidiagonalPanel<T>& panel)
         }
 }
 
-template void labrd(const BidiagonalPanel<float>&);
-template void labrd(const BidiagonalPanel<Complex<float>>&);
+template void labrd(BidiagonalPanel<float>&);
+template void labrd(BidiagonalPanel<Complex<float>>&);
 
 } // namespace tarn::svd
