@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <numeric>
 #include <stdexcept>
 #include <vector>
@@ -65,6 +66,9 @@ void tilesAndLines(int n, float* a, float* b)
     float *const cosines = array(std::size_t(n), 0.6f), *const sines = array(std::size_t(n), 0.8f);
     kernel::LASR('L', 'V', 'F', n, n, cosines, sines, a, n);
     kernel::LASR('R', 'V', 'F', n, n, cosines, sines, a, n);
+    kernel::SweepColumns sweeps[kernel::sweepsInPass];
+    std::fill(std::begin(sweeps), std::end(sweeps), kernel::SweepColumns{0, n});
+    kernel::SWEEPS('F', n, sweeps, cosines, sines, 0, a, n);
     kernel::ORGBR_COPY('L', n, a, n);
     kernel::ORGBR_COPY('U', n, a, n);
 }

@@ -101,6 +101,22 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
 template <class T>
 void LASR(char side, char pivot, char direct, int m, int n, const Real<T>* c, const Real<T>* s, T* A, int lda);
 
+/// Columns first to first + order - 1 of a matrix, counted from zero, that a sweep of rotations takes in.
+struct SweepColumns
+{
+    int first, order;
+};
+
+/// Sweeps that go through a matrix in one pass.
+inline constexpr int sweepsInPass = 8;
+
+/// Sweeps of rotations, one after the other, in one pass over A: what LASR does with side "R" on m rows of the columns
+/// of each sweep, bit by bit. Sweep k has its rotations at c + k stride and s + k stride, device arrays; all go in the
+/// same direction. Each element is read and written once for all sweeps. Checks nothing. S C.
+template <class T>
+void SWEEPS(char direct, int m, const SweepColumns (&sweeps)[sweepsInPass], const Real<T>* c, const Real<T>* s,
+            std::int64_t stride, T* A, int lda);
+
 /// Shifts the reflectors of a square bidiagonal reduction in A, of order n: "L", rows from 1 on move one column to the
 /// right; "U", the part above the diagonal moves one row down in columns from 2 on. Nothing if n is below 2. S D C Z.
 template <class T>

@@ -4,9 +4,8 @@
 #include "blas/letters.h"
 #include "frame/exceptions.h"
 #include "lapack/kernels.h"
+#include "lapack/rotations.h"
 #include "lapack/thread_maps.h"
-
-#include <lapack/cu/basic>
 
 #include <algorithm>
 #include <type_traits>
@@ -36,17 +35,6 @@ __device__ __forceinline__ void prefetchRows(T* A, int lda, int line0, int j, bo
         prefetchBlock<N, 1>(static_cast<const T*>(A) + offset(line0, j, lda), lda);
 }
 
-/// Products rounded by themselves in single precision, never fused with the addition that follows: the bits of a result
-/// are those of LAPACK's slasr, on every device.
-__device__ __forceinline__ float mul(float a, float b) { return __fmul_rn(a, b); }
-__device__ __forceinline__ double mul(double a, double b) { return a * b; }
-
-template <class R>
-__device__ __forceinline__ Complex<R> mul(R a, Complex<R> b)
-{
-    return Complex<R>(mul(a, b.real()), mul(a, b.imag()));
-}
-
 /// Element j of a line.
 template <char side, class T>
 __device__ __forceinline__ T& elementOf(T* A, int lda, int line, int j)
@@ -67,15 +55,9 @@ __device__ __forceinline__ void rotate(T& v, T* A, int lda, int line, int j, con
     for (int i = 0; i < steps; ++i)
         next[i] = elementOf<side>(A, lda, line, forward ? j + 1 + i : j - i);
     for (int i = 0; i < steps; ++i) {
-        T& done = elementOf<side>(A, lda, line, forward ? j + i : j + 1 - i);
-        const T w = next[i], old = v;
-        if (forward) {
-            v = difference(mul(c[i], w), mul(s[i], old));
-            done = sum(mul(s[i], w), mul(c[i], old));
-        } else {
-            v = sum(mul(s[i], old), mul(c[i], w));
-            done = difference(mul(c[i], old), mul(s[i], w));
-        }
+        rotatePlane<forward>(v, next[i], c[i], s[i]);
+        elementOf<side>(A, lda, line, forward ? j + i : j + 1 - i) = v;
+        v = next[i];
     }
 }
 

@@ -89,6 +89,46 @@ TYPED_TEST(Rotations, FollowTheTextbook)
             }
 }
 
+template <class T>
+class Sweeps : public KernelTest<T>
+{};
+using SweptTypes = testing::Types<float, tarn::Complex<float>>;
+TYPED_TEST_SUITE(Sweeps, SweptTypes);
+
+TYPED_TEST(Sweeps, InOnePassAreSweepsOneByOne)
+{
+    using T = TypeParam;
+    using Columns = kernel::SweepColumns;
+    constexpr int n = 70;
+    // The whole matrix; blocks that shrink as they do while values converge; blocks far from each other; a single
+    // plane.
+    const Columns sets[][kernel::sweepsInPass] = {
+        {{0, n}, {0, n}, {0, n}, {0, n}, {0, n}, {0, n}, {0, n}, {0, n}},
+        {{3, 60}, {3, 60}, {4, 59}, {4, 55}, {4, 55}, {10, 30}, {10, 29}, {12, 3}},
+        {{40, 20}, {5, 10}, {40, 19}, {5, 10}, {0, 3}, {67, 3}, {30, 40}, {0, 2}},
+        {{68, 2}, {68, 2}, {68, 2}, {68, 2}, {68, 2}, {68, 2}, {68, 2}, {68, 2}},
+    };
+    std::vector<float> rotations;
+    for (int j = 0; j < 2 * n * kernel::sweepsInPass; ++j)
+        rotations.push_back(std::cos(float(j * j % 1013)));
+    const DeviceArray<float> c(rotations);
+    const float* const s = c.data() + n;
+    for (const int m : {1, 31, 64, 130})
+        for (const auto& sweeps : sets)
+            for (const char direct : {'F', 'B'}) {
+                SCOPED_TRACE(testing::Message() << direct << ' ' << m << ", first of " << sweeps[0].order);
+                auto together = Matrix<T>::random(m, n, m + 3, unsigned(m)), apart = together;
+                const DeviceArray<T> a(together.elements()), b(apart.elements());
+                kernel::SWEEPS(direct, m, sweeps, c.data(), s, 2 * n, a.data(), together.ld);
+                for (int k = 0; k < kernel::sweepsInPass; ++k)
+                    kernel::LASR('R', 'V', direct, m, sweeps[k].order, c.data() + 2 * n * k, s + 2 * n * k,
+                                 b.data() + std::int64_t(sweeps[k].first) * apart.ld, apart.ld);
+                download(together, a);
+                download(apart, b);
+                EXPECT_TRUE(identical(together, apart));
+            }
+}
+
 TYPED_TEST(Rotations, OtherPivotsDoNothing)
 {
     using T = TypeParam;

@@ -37,24 +37,35 @@ struct Arrays
     std::vector<float> s;
 };
 
-TEST_F(SvdSchedule, ASweepIsOneCopyAndOneLaunchPerMatrix)
+TEST_F(SvdSchedule, EightSweepsAreOneCopyAndOneLaunchPerMatrix)
 {
     const int n = 150;
     Arrays arrays(Matrix<float>::random(n, n, n));
     softdevLogStart();
     ASSERT_EQ(arrays.gesvd(), tarnNoError);
-    int sweeps = 0, launches = 0;
+    // A letter each: the copy of k sweeps, 16 n k bytes, in which few go by themselves, and launches for eight or for
+    // one.
+    std::string steps;
+    int sweeps = 0;
     for (const SoftdevCall& call : softdevLogTake())
-        if (call.name == "cudaMemcpy" && std::count(call.ints.begin(), call.ints.end(), 16 * n) > 0) {
-            EXPECT_TRUE(sweeps == 0 || launches == 2);
-            ++sweeps;
-            launches = 0;
-        } else if (call.name == "LASR_k") {
-            ++launches;
+        if (call.name == "cudaMemcpy" && call.ints[2] % (16 * n) == 0 && call.ints[2] <= 8 * 16 * n) {
+            const int count = int(call.ints[2]) / (16 * n);
+            sweeps += count;
+            steps += char('0' + count);
+        } else if (call.name == "SWEEPS_k" || call.name == "LASR_k") {
+            steps += call.name[0];
         }
-    EXPECT_EQ(launches, 2);
     EXPECT_GT(sweeps, n);
     EXPECT_LT(sweeps, 4 * n);
+    int whole = 0;
+    for (std::size_t i = 0; i < steps.size();) {
+        const int count = steps[i] - '0';
+        const std::string launches = count == 8 ? "SS" : std::string(2 * std::size_t(count), 'L');
+        ASSERT_EQ(steps.substr(i + 1, launches.size()), launches) << steps;
+        whole += count == 8;
+        i += 1 + launches.size();
+    }
+    EXPECT_GT(8 * whole, sweeps / 2);
 }
 
 TEST_F(SvdSchedule, EachColumnAndRowOfAPanelIsOneProductOnTheDevice)
@@ -105,7 +116,7 @@ TEST_F(SvdSchedule, EveryFailureLeavesTheCallersArraysAndNothingBehind)
     int failed = 0;
     for (const char* name : {"cudaMalloc", "cudaMallocHost", "cudaStreamCreate", "cublasSgemm_v2", "cublasSgemv_v2",
                              "cublasSrot_v2", "cublasSswap_v2", "cudaStreamSynchronize", "cudaMemcpyAsync",
-                             "cudaMemcpy2DAsync", "gemvt_k", "LASR_k", "TransposeInplace_k"})
+                             "cudaMemcpy2DAsync", "gemvt_k", "LASR_k", "SWEEPS_k", "TransposeInplace_k"})
         for (int nth = 1, count = int(countCalls(calls, name)); nth <= count; nth += 1 + count / 4) {
             SCOPED_TRACE(testing::Message() << name << " " << nth);
             arrays = input;

@@ -9,6 +9,8 @@
 #include "memory/transfer.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <vector>
 
 namespace tarn::svd {
 
@@ -46,15 +48,17 @@ void negate(int n, float* x) { cublas::scal(n, -1.0f, x, 1); }
 void negate(int n, Complex<float>* x) { cublas::csscal(n, -1.0f, x, 1); }
 
 /// The singular vectors on the device. The right ones are held transposed between construction and restore, so that
-/// all rotations are of columns, which are contiguous.
+/// all rotations are of columns, which are contiguous. Sweeps wait until there are enough for one pass over the
+/// vectors, or until something else is to be done.
 template <class T>
 class Vectors
 {
 public:
     Vectors(int n, int ncvt, T* vt, int ldvt, int nru, T* u, int ldu)
         : n_(n), vt_{vt, n, ncvt, ldvt}, V{vt, ncvt, n, ldvt}, U{u, nru, n, ldu},
-          rotations_(MemoryPool<float>::instance().acquire(4 * n))
+          rotations_(MemoryPool<float>::instance().acquire(4 * std::int64_t(n) * kernel::sweepsInPass))
     {
+        hostRotations_.reserve(4 * std::size_t(n) * kernel::sweepsInPass);
         if (ncvt == 0)
             return;
         if (ncvt == n) {
@@ -69,6 +73,7 @@ public:
     /// Puts the right vectors back into their place.
     void restore()
     {
+        applySweeps();
         if (V.rows == 0)
             return;
         if (V.rows == n_)
@@ -80,22 +85,27 @@ public:
     /// The rotations that make B upper.
     void makeUpper(const BidiagonalQr& B)
     {
-        setVector(4 * n_, rotations_.data(), B.rotations().data());
-        apply('F', 0, U, 1, n_);
+        add(B, {0, n_});
+        send();
+        apply('F', 0, U);
+        waiting_ = 0;
     }
 
     /// The rotations of a sweep.
     void sweep(const BidiagonalQr& B)
     {
-        setVector(4 * n_, rotations_.data(), B.rotations().data());
-        const char direct = B.downwards() ? 'F' : 'B';
-        apply(direct, B.downwards() ? 0 : 1, V, B.first(), B.order());
-        apply(direct, B.downwards() ? 1 : 0, U, B.first(), B.order());
+        if (downwards_ != B.downwards())
+            applySweeps();
+        downwards_ = B.downwards();
+        add(B, {B.first() - 1, B.order()});
+        if (waiting_ == kernel::sweepsInPass)
+            applySweeps();
     }
 
     /// Columns j and j + 1.
     void rotatePair(int j, const PairRotation& r)
     {
+        applySweeps();
         if (V.rows > 0)
             rotate(V.rows, V.at(1, j), V.at(1, j + 1), r.cosRight, r.sinRight);
         if (U.rows > 0)
@@ -105,12 +115,14 @@ public:
     /// Turns the sign of right vector j.
     void negateRight(int j)
     {
+        applySweeps();
         if (V.rows > 0)
             negate(V.rows, V.at(1, j));
     }
 
     void exchange(int i, int j)
     {
+        applySweeps();
         if (V.rows > 0)
             cublas::swap(V.rows, V.at(1, i), 1, V.at(1, j), 1);
         if (U.rows > 0)
@@ -118,18 +130,51 @@ public:
     }
 
 private:
-    /// M(:, first:first+order-1), rotated by a pair of the sequences (cosines, sines).
-    void apply(char direct, int pair, MatrixView<T> M, int first, int order)
+    void add(const BidiagonalQr& B, kernel::SweepColumns columns)
+    {
+        if (waiting_ == 0)
+            hostRotations_.clear();
+        sweeps_[waiting_++] = columns;
+        hostRotations_.insert(hostRotations_.end(), B.rotations().begin(), B.rotations().end());
+    }
+
+    void send() { setVector(int(hostRotations_.size()), rotations_.data(), hostRotations_.data()); }
+
+    /// The sweeps that wait, on both matrices.
+    void applySweeps()
+    {
+        if (waiting_ == 0)
+            return;
+        send();
+        apply(downwards_ ? 'F' : 'B', downwards_ ? 0 : 1, V);
+        apply(downwards_ ? 'F' : 'B', downwards_ ? 1 : 0, U);
+        waiting_ = 0;
+    }
+
+    /// The sweeps that wait on M, by a pair of the sequences (cosines, sines).
+    void apply(char direct, int pair, MatrixView<T> M)
     {
         const float* const cosines = rotations_.data() + 2 * pair * std::int64_t(n_ - 1);
-        if (M.rows > 0)
-            kernel::LASR('R', 'V', direct, M.rows, order, cosines, cosines + n_ - 1, M.at(1, first), M.ld);
+        const float* const sines = cosines + n_ - 1;
+        const std::int64_t stride = 4 * std::int64_t(n_);
+        if (M.rows == 0)
+            return;
+        if (waiting_ == kernel::sweepsInPass)
+            kernel::SWEEPS(direct, M.rows, sweeps_, cosines, sines, stride, M.data, M.ld);
+        else
+            for (int k = 0; k < waiting_; ++k)
+                kernel::LASR('R', 'V', direct, M.rows, sweeps_[k].order, cosines + k * stride, sines + k * stride,
+                             M.at(1, sweeps_[k].first + 1), M.ld);
     }
 
     const int n_;
     const MatrixView<T> vt_;
     MatrixView<T> V;
     const MatrixView<T> U;
+    kernel::SweepColumns sweeps_[kernel::sweepsInPass]; ///< that wait
+    int waiting_ = 0;
+    bool downwards_ = true;            ///< they go
+    std::vector<float> hostRotations_; ///< theirs, 4 n elements each
     const PoolBlock<float> rotations_;
     velk::ManagedMemory<T, velk::CudaAllocator<T>> buffer_; ///< V where it cannot be transposed in place
 };
