@@ -21,7 +21,7 @@ inline CLI::Validator atLeast(int least)
         const bool good = error == std::errc() && stop == end && value >= least;
         return good ? "" : fmt::format("{} is not a whole number from {} to {}", text, least, INT_MAX);
     };
-    return {check, fmt::format(">={}", least)};
+    return {check, ""};
 }
 
 /// Names of SVG files, of files without an ending, and "-".

@@ -19,8 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where files of the name "-" go.
-int standardOutput = STDOUT_FILENO;
+/// Where files of the name "-" go, and the other name that was given for it, as "/dev/stdout".
+int outputDescriptor = STDOUT_FILENO;
+std::string otherName;
 
 [[noreturn]] void failFor(const std::string& path)
 {
@@ -44,8 +45,9 @@ Place placeOf(const std::string& path)
     place.regular = !place.exists || S_ISREG(place.status.st_mode);
     struct stat own = {};
     // A file that the standard output goes to, as /dev/stdout may be, must not be replaced under it.
-    place.standardOutput = path == "-" || (place.exists && place.regular && fstat(standardOutput, &own) == 0 &&
-                                           own.st_dev == place.status.st_dev && own.st_ino == place.status.st_ino);
+    place.standardOutput = path == "-" || path == otherName ||
+                           (place.exists && place.regular && fstat(outputDescriptor, &own) == 0 &&
+                            own.st_dev == place.status.st_dev && own.st_ino == place.status.st_ino);
     return place;
 }
 
@@ -83,8 +85,9 @@ void reserveOutput(const std::string& path)
     if (place.standardOutput) {
         std::fflush(stdout);
         std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // in order with what goes to the error stream directly
-        standardOutput = dup(STDOUT_FILENO);
-        if (standardOutput < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
+        outputDescriptor = dup(STDOUT_FILENO);
+        otherName = path;
+        if (outputDescriptor < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
             failFor(path);
         return;
     }
@@ -103,7 +106,7 @@ OutputFile::OutputFile(const std::string& path) : path_(path)
     target_ = place.target;
     int descriptor = -1;
     if (place.standardOutput)
-        descriptor = dup(standardOutput);
+        descriptor = dup(outputDescriptor);
     else if (place.regular)
         descriptor = openBeside(place, partial_);
     else

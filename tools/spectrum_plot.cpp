@@ -116,8 +116,8 @@ private:
 
     void drawVerticalAxis()
     {
-        const int decades = axis_.top - axis_.bottom, step = stepOf(decades, 10);
-        for (int decade = axis_.bottom; decade <= axis_.top; ++decade) {
+        const int step = stepOf(axis_.top - axis_.bottom, 10);
+        for (int decade = axis_.bottom; decade <= axis_.top && spectrum_.largest() > 0; ++decade) {
             const double power = std::pow(10.0, decade);
             if ((decade - axis_.bottom) % step == 0) {
                 line(left, y(power), right, y(power), "#ddd");
