@@ -1,5 +1,6 @@
 // The arithmetic behind the benchmark's errors, and what comes of an unsound one.
 #include "bench/problem.h"
+#include "bench/trial.h"
 
 #include "commands.h"
 #include "support/device.h"
@@ -49,6 +50,16 @@ TEST(Bench, ProbeSeesEveryEntry)
     const Matrix<float> e = randomMatrix<float>(300, 200, 1);
     const double estimate = normF(product('N', e, probe<float>(200)));
     EXPECT_NEAR(estimate / normF(e), 1, 0.2);
+}
+
+TEST(Bench, ExtrapolatesOperationsAndWaits)
+{
+    const auto flops = [](double n) { return n * n * n; };
+    const auto seconds = [&](double n) { return 1e-10 * flops(n) + 1e-4 * n; };
+    EXPECT_NEAR(extrapolated(flops(8000), {flops(500), flops(1000)}, {seconds(500), seconds(1000)}), 52, 1e-6);
+    // A disturbed trial: at least as slow as at a constant rate is not believed, nor is an endless rate.
+    EXPECT_NEAR(extrapolated(flops(8000), {flops(500), flops(1000)}, {0.001, 0.1}), 51.2, 1e-6);
+    EXPECT_GT(extrapolated(flops(8000), {flops(500), flops(1000)}, {0.1, 0.1}), 51.2 / 8);
 }
 
 TEST(Bench, FailsWhereAnErrorIsUnsound)

@@ -6,6 +6,9 @@
 #include "host_arrays.h"
 #include "reference.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace tarn::bench {
 
 namespace {
@@ -112,13 +115,13 @@ template <class T>
 double hostSeconds(const Problem<T>& problem)
 {
     HostArrays<T> arrays(problem);
-    bool good = true;
-    double seconds = 0;
-    for (int run = 0; run < 2; ++run) {
+    bool good = problem.host(arrays.fresh()) == tarnNoError;
+    double best = std::numeric_limits<double>::infinity();
+    for (int call = 0; call < 3 && good; ++call) {
         const Arrays<T> fresh = arrays.fresh();
-        seconds = tool::secondsOf([&] { good = problem.host(fresh) == tarnNoError; });
+        best = std::min(best, tool::secondsOf([&] { good = problem.host(fresh) == tarnNoError; }));
     }
-    return good ? seconds : 0;
+    return good ? best : 0;
 }
 
 template Timing measure(const Problem<float>&, int);

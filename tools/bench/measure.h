@@ -25,7 +25,7 @@ Timing measure(const Problem<T>& problem, int repeats);
 /// How many timed calls each `repeats` means if one call of each takes `once` seconds together.
 int timedCalls(double once, int repeats);
 
-/// Seconds of one call on host pointers after one to warm up, 0 if it fails.
+/// Seconds of the best of three calls on host pointers after one to warm up, 0 if one fails.
 template <class T>
 double hostSeconds(const Problem<T>& problem);
 
