@@ -48,7 +48,10 @@ int run(const Command& command)
         const std::string name = command.app->get_name();
         return reportUsage(error.what(), name == "help" ? "" : name);
     } catch (const std::system_error& error) {
-        return report((std::ferror(stdout) ? "standard output: " : "") + error.code().message(), failed);
+        if (std::ferror(stdout))
+            return report("standard output: " + error.code().message(), failed);
+        std::fflush(stdout);
+        return report(error.what(), failed);
     } catch (const std::exception& error) {
         // What was printed so far comes before the error wherever both streams end up in one place.
         std::fflush(stdout);

@@ -57,7 +57,7 @@ TEST(Bench, ExtrapolatesOperationsAndWaits)
     const auto flops = [](double n) { return n * n * n; };
     const auto seconds = [&](double n) { return 1e-10 * flops(n) + 1e-4 * n; };
     EXPECT_NEAR(extrapolated(flops(8000), {flops(500), flops(1000)}, {seconds(500), seconds(1000)}), 52, 1e-6);
-    // A disturbed trial: at least as slow as at a constant rate is not believed, nor is an endless rate.
+    // What grew faster than the operations counts as operations; what did not grow does not make them free.
     EXPECT_NEAR(extrapolated(flops(8000), {flops(500), flops(1000)}, {0.001, 0.1}), 51.2, 1e-6);
     EXPECT_GT(extrapolated(flops(8000), {flops(500), flops(1000)}, {0.1, 0.1}), 51.2 / 8);
 }

@@ -331,7 +331,7 @@ TEST_F(Tool, ShowsProgressOnATerminalOnly)
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
     const int ours = open(ptsname(terminal), O_RDWR | O_NOCTTY); // what was written outlives the tool
-    const std::string bench = TARN_TOOL " bench --routine gesv --size 40 --threads 1,1 >" + scratch.path("out");
+    const std::string bench = TARN_TOOL " bench --routine gesv --size 40 --threads 1,1,1 >" + scratch.path("out");
     ASSERT_EQ(std::system(("env TERM=xterm " + bench + " 2>" + ptsname(terminal)).c_str()), 0);
     char text[4096] = "";
     ASSERT_GT(read(terminal, text, sizeof text - 1), 0);
