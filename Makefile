@@ -46,6 +46,7 @@ performance: build
 	@$(MEASURE) --fresh --repeat 0 --type sc --size 512,1024,2048
 	@$(MEASURE) --type s --repeat 0 --size 4096 --routine gemm,trsm,getrf,gesv,geqrf,gels
 	@$(MEASURE) --type s --size 2000 --routine gesvd-nn,gesvd-ss --repeat 1
+	@scripts/install-dependencies python3-matplotlib
 	@scripts/performance
 
 cuda: setup

@@ -24,6 +24,7 @@ export(EXPORT tarn_lapack_targets NAMESPACE tarn:: FILE ${PROJECT_BINARY_DIR}/ta
 if(TARN_BUILD_TOOLS)
     install(TARGETS tarn)
     install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn_lapack)
+    install(FILES tools/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME tarn)
 endif()
 
 configure_package_config_file(cmake/tarn_lapack-config.cmake.in ${PROJECT_BINARY_DIR}/tarn_lapack-config.cmake

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <string>
 
 namespace tarn::tool {
 
@@ -20,6 +21,10 @@ Command addLstsq(CLI::App& tarn);
 Command addSvd(CLI::App& tarn);
 Command addBench(CLI::App& tarn);
 Command addDemo(CLI::App& tarn);
+Command addHelp(CLI::App& tarn);
+
+/// The command of that name; raises UsageError, listing those that there are, where there is none.
+const CLI::App& commandNamed(const CLI::App& tarn, const std::string& name);
 
 /// Runs the tool: 0, or 1 after a failure, or 2 for a command line that does not parse, each with one line on the error
 /// stream.

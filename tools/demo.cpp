@@ -8,6 +8,7 @@
 #include "matrix_market.h"
 #include "panel_method.h"
 #include "singular_values.h"
+#include "spectrum_plot.h"
 #include "timing.h"
 
 #include <fmt/format.h>
@@ -308,7 +309,7 @@ int runDemo(const std::string& folder)
     const CpuBlas blas = cpuBlas();
     fmt::print("tarn solves two linear systems and two least squares problems, and finds singular values:\n"
                "panels on the CPU, updates on the device.\n\n");
-    fmt::print("device  {}\n", describeDevice(currentDevice()));
+    fmt::print("device  {}\n", describe(deviceFacts(currentDevice())));
     fmt::print("CPU     {}, core {}\n", blas.name, blas.core);
     warmUp();
     bool good = plasmaDemo(folder);

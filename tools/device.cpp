@@ -8,13 +8,21 @@
 
 namespace tarn::tool {
 
-std::string describeDevice(int device)
+const bool isSoftwareDevice = TARN_SOFTWARE_DEVICE;
+
+DeviceFacts deviceFacts(int device)
 {
     cudaDeviceProp properties{};
     if (const cudaError_t error = cudaGetDeviceProperties(&properties, device); error != cudaSuccess)
         throw Failure(fmt::format("device {}: {}", device, cudaGetErrorString(error)));
-    return fmt::format("{}, capability {}.{}, {} multiprocessors, {:.1f} GiB", properties.name, properties.major,
-                       properties.minor, properties.multiProcessorCount, double(properties.totalGlobalMem) / (1 << 30));
+    return {properties.name, properties.major, properties.minor, properties.multiProcessorCount,
+            properties.totalGlobalMem};
+}
+
+std::string describe(const DeviceFacts& device)
+{
+    return fmt::format("{}, capability {}.{}, {} multiprocessors, {:.1f} GiB", device.name, device.major, device.minor,
+                       device.multiprocessors, double(device.memory) / (1 << 30));
 }
 
 int currentDevice()

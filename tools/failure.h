@@ -15,6 +15,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// A failure that is the command line's.
+class UsageError : public Failure
+{
+public:
+    using Failure::Failure;
+};
+
 /// One line of text for a status and the error info that goes with it on this thread.
 inline std::string statusText(tarnStatus status)
 {

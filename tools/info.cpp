@@ -2,9 +2,13 @@
 #include "cpu_blas.h"
 #include "device.h"
 #include "failure.h"
+#include "json.h"
 #include "versions.h"
 
 #include <fmt/format.h>
+
+#include <memory>
+#include <vector>
 
 namespace tarn::tool {
 
@@ -12,40 +16,87 @@ namespace {
 
 constexpr int sgemmOrder = 1024;
 
-void line(const char* label, const std::string& text) { fmt::print("{:<14}{}\n", label, text); }
-
-void printDevices()
+/// What the tool says of this installation; versions are empty where the software device takes a library's place.
+struct Info
 {
-    const int count = deviceCount();
-    if (count == 0)
-        line("device", "none");
-    for (int device = 0; device < count; ++device)
-        line(fmt::format("device {}", device).c_str(), describeDevice(device));
+    std::string runtime, driver, cublas;
+    std::vector<DeviceFacts> devices;
+    CpuBlas blas;
+    double sgemmRate;
+    std::string betterCore;
+};
+
+Info gather()
+{
+    Info info;
+    if (!isSoftwareDevice) {
+        info.runtime = cudaVersion(tarnGetCudaRuntimeVersion());
+        info.driver = cudaVersion(tarnGetCudaDriverVersion());
+        info.cublas = cublasVersion(tarnGetCublasRuntimeVersion());
+    }
+    for (int device = 0, count = deviceCount(); device < count; ++device)
+        info.devices.push_back(deviceFacts(device));
+    info.blas = cpuBlas();
+    info.sgemmRate = sgemmRate(sgemmOrder);
+    info.betterCore = betterCore(info.blas.core);
+    return info;
 }
 
-void printCpuBlas()
+void line(const std::string& label, const std::string& text) { fmt::print("{:<14}{}\n", label, text); }
+
+void printText(const Info& info, const char* status)
 {
-    const CpuBlas blas = cpuBlas();
-    line("CPU BLAS", fmt::format("{}, core {}, {} threads", blas.name, blas.core,
-                                 blas.threads > 0 ? std::to_string(blas.threads) : "unknown"));
-    line("", fmt::format("sgemm of order {}: {:.0f} GFLOP/s", sgemmOrder, sgemmRate(sgemmOrder)));
-    if (const std::string core = betterCore(blas.core); !core.empty())
+    const auto version = [](const std::string& text) { return text.empty() ? "software device" : text; };
+    line("tarn", libraryVersion());
+    line("CUDA runtime", version(info.runtime));
+    line("CUDA driver", version(info.driver));
+    line("cuBLAS", version(info.cublas));
+    if (info.devices.empty())
+        line("device", "none");
+    for (std::size_t device = 0; device < info.devices.size(); ++device)
+        line(fmt::format("device {}", device), describe(info.devices[device]));
+    line("CPU BLAS", fmt::format("{}, core {}, {} threads", info.blas.name, info.blas.core,
+                                 info.blas.threads > 0 ? std::to_string(info.blas.threads) : "unknown"));
+    line("", fmt::format("sgemm of order {}: {:.0f} GFLOP/s", sgemmOrder, info.sgemmRate));
+    if (!info.betterCore.empty())
         fmt::print("warning: the CPU BLAS uses kernels for '{}', but this CPU can run those for '{}', several times as "
                    "fast; set OPENBLAS_CORETYPE={}\n",
-                   blas.core, core, core);
+                   info.blas.core, info.betterCore, info.betterCore);
+    line("status", status);
 }
 
-int runInfo()
+void printJson(const Info& info, const char* status)
 {
-    line("tarn", libraryVersion());
-    line("CUDA runtime", cudaVersion(tarnGetCudaRuntimeVersion()));
-    line("CUDA driver", cudaVersion(tarnGetCudaDriverVersion()));
-    line("cuBLAS", cublasVersion(tarnGetCublasRuntimeVersion()));
-    printDevices();
-    printCpuBlas();
+    const auto orNull = [](const std::string& text) {
+        return text.empty() || text == "unknown" ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
+    };
+    auto devices = nlohmann::ordered_json::array();
+    for (const DeviceFacts& device : info.devices)
+        devices.push_back({{"name", device.name},
+                           {"capability", fmt::format("{}.{}", device.major, device.minor)},
+                           {"multiprocessors", device.multiprocessors},
+                           {"memory_bytes", device.memory}});
+    printObject({{"tarn", libraryVersion()},
+                 {"provider", isSoftwareDevice ? "software" : "cuda"},
+                 {"cuda_runtime", orNull(info.runtime)},
+                 {"cuda_driver", orNull(info.driver)},
+                 {"cublas", orNull(info.cublas)},
+                 {"devices", devices},
+                 {"cpu_blas",
+                  {{"name", orNull(info.blas.name)},
+                   {"core", orNull(info.blas.core)},
+                   {"threads", info.blas.threads > 0 ? nlohmann::ordered_json(info.blas.threads) : nullptr},
+                   {"sgemm_order", sgemmOrder},
+                   {"sgemm_gflops", info.sgemmRate},
+                   {"faster_core", orNull(info.betterCore)}}},
+                 {"status", status}});
+}
 
+int runInfo(bool json)
+{
+    const Info info = gather();
     const tarnStatus status = tarnInitialize();
-    line("status", tarnGetStatusString(status));
+    (json ? printJson : printText)(info, tarnGetStatusString(status));
     check(status, "tarnInitialize");
     tarnShutdown();
     return 0;
@@ -55,7 +106,10 @@ int runInfo()
 
 Command addInfo(CLI::App& tarn)
 {
-    return {tarn.add_subcommand("info", "Print devices, versions, and the CPU BLAS with its speed"), &runInfo};
+    auto json = std::make_shared<bool>(false);
+    CLI::App* app = tarn.add_subcommand("info", "Print devices, versions, and the CPU BLAS with its speed");
+    app->add_flag("--json", *json, "Print one JSON object");
+    return {app, [json] { return runInfo(*json); }};
 }
 
 } // namespace tarn::tool

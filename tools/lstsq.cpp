@@ -1,11 +1,14 @@
+#include "bench/trial.h"
 #include "commands.h"
 #include "condition.h"
+#include "json.h"
 #include "least_squares.h"
+#include "output.h"
+#include "progress.h"
 #include "single_precision.h"
 #include "timing.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <memory>
 #include <optional>
@@ -57,6 +60,8 @@ const char* plural(int count) { return count == 1 ? "" : "s"; }
 void checkShapes(const Options& options, const Files& files)
 {
     const auto [m, n] = shapeOf(files.matrix);
+    if (files.rhs)
+        checkHasColumns(options.rhs, *files.rhs);
     if (files.rhs && shapeOf(*files.rhs).first != m)
         throw Failure(fmt::format("{}: the right-hand side has {} rows, but the matrix has {}", options.rhs,
                                   shapeOf(*files.rhs).first, m));
@@ -92,11 +97,13 @@ Matrix<T> top(const Matrix<T>& b, int rows)
 }
 
 template <class T>
-Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<T>& b, Solution& result)
+Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<T>& b, Phase& phase, Solution& result)
 {
     Matrix<T> factors = a, x(std::max(a.rows, a.cols), b.cols);
     for (int j = 0; j < b.cols; ++j)
         std::copy_n(b.column(j), a.rows, x.column(j));
+    phase.next("solving", bench::expectedSeconds("gels", letter<T>,
+                                                 {std::max(a.rows, a.cols), std::min(a.rows, a.cols), 0, b.cols}));
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
         status = call(select<T>(tarnSgels, nullptr, tarnCgels, nullptr), 'N', a.rows, a.cols, b.cols,
@@ -106,6 +113,7 @@ Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<
         throw Failure(fmt::format("{}: the matrix has not full rank: {}({}, {}) of its {} factorisation is zero",
                                   options.matrix, a.rows < a.cols ? 'L' : 'R', i, i, a.rows < a.cols ? "LQ" : "QR"));
     check(status, isComplex<T> ? "tarnCgels" : "tarnSgels");
+    phase.next("checking");
     x = top(x, a.cols);
     result.gflops = gelsFlops(a.rows, a.cols, b.cols);
     result.rcond = reciprocalConditionOfTriangle(a.rows < a.cols ? 'L' : 'U', std::min(a.rows, a.cols), factors);
@@ -116,7 +124,7 @@ Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<
 }
 
 template <class T>
-Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T>& a, const Matrix<T>& c,
+Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T>& a, const Matrix<T>& c, Phase& phase,
                       Solution& result)
 {
     const Matrix<T> b = toSingle<T>(options.constraints, *files.constraints);
@@ -124,6 +132,7 @@ Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T
     Matrix<T> factorsA = a, factorsB = b, values = c, limits = d, x(a.cols, 1);
     if (a.rows == 0) // the routine wants addresses all the same
         factorsA.values.resize(1), values.values.resize(1);
+    phase.next("solving", bench::expectedSeconds("gglse", letter<T>, {a.rows, a.cols, b.rows, 0}));
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
         status =
@@ -135,6 +144,7 @@ Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T
     if (status == tarnDataError && tarnGetErrorInfo() == 2)
         throw Failure(options.matrix + ": the equations and the constraints do not determine the unknowns");
     check(status, isComplex<T> ? "tarnCgglse" : "tarnSgglse");
+    phase.next("checking");
     result.p = b.rows;
     result.gflops = gglseFlops(a.rows, a.cols, b.rows);
     result.constraintResidual = normF(residual(b, d, x));
@@ -149,12 +159,14 @@ Solution solve(const Options& options, const Files& files)
     const Matrix<T> b = files.rhs ? toSingle<T>(options.rhs, *files.rhs) : rowSums(a);
     Solution result{a.rows, a.cols, b.cols};
     const Library library;
-    const Matrix<T> x =
-        options.constrained() ? constrained(options, files, a, b, result) : leastSquares(options, a, b, result);
+    Phase phase("preparing");
+    const Matrix<T> x = options.constrained() ? constrained(options, files, a, b, phase, result)
+                                              : leastSquares(options, a, b, phase, result);
     result.gflops *= (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
     result.residual = normF(residual(a, b, x));
     if (!std::isfinite(result.backwardError) || !std::isfinite(result.residual))
         throw Failure(options.matrix + ": the solution does not fit single precision");
+    phase.end();
     if (!options.out.empty())
         writeMatrixMarket(options.out, x);
     return result;
@@ -181,7 +193,7 @@ void printJson(const Options& options, char type, const Solution& s)
         object["p"] = s.p;
         object["constraint_residual"] = s.constraintResidual;
     }
-    fmt::print("{}\n", object.dump());
+    printObject(object);
 }
 
 /// The definition of the backward error that is printed.
@@ -222,6 +234,7 @@ void printText(const Options& options, char type, const Solution& s)
 
 int runLstsq(const Options& options)
 {
+    reserveOutput(options.out);
     const Files files = readFiles(options);
     checkShapes(options, files);
     const bool complex = options.complex || files.anyComplex();
@@ -247,7 +260,8 @@ Command addLstsq(CLI::App& tarn)
         app->add_option("--constraint-rhs", options->constraintRhs, "d of the constraints")->type_name("FILE");
     constraints->needs(constraintRhs);
     constraintRhs->needs(constraints);
-    app->add_option("--out", options->out, "Where X goes, in array format")->type_name("FILE");
+    app->add_option("--out", options->out, "Where X goes, in array format; - is the standard output")
+        ->type_name("FILE");
     app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
     app->add_flag("--json", options->json, "Print one JSON object");
     return {app, [options] { return runLstsq(*options); }};

@@ -1,15 +1,20 @@
 #include "matrix_market.h"
 
+#include "output.h"
+#include "progress.h"
+
 #include <fmt/format.h>
 
 #include <unistd.h>
+#include <zlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -54,7 +59,9 @@ std::string lower(std::string_view text)
 class Scanner
 {
 public:
-    Scanner(std::string file, std::string_view text) : file_(std::move(file)), text_(text) {}
+    Scanner(const std::string& file, std::string_view text)
+        : file_(file), text_(text), phase_("reading " + withoutFolder(file))
+    {}
 
     /// Steps to the next line, false at the end of the text.
     bool nextLine()
@@ -66,7 +73,8 @@ public:
             end = text_.size();
         rest_ = text_.substr(next_, end - next_);
         next_ = end + 1;
-        ++line_;
+        if (++line_ % linesPerReport == 0)
+            phase_.done(double(next_) / double(text_.size()));
         return true;
     }
 
@@ -109,13 +117,19 @@ public:
         return value;
     }
 
-    /// Takes a finite number.
+    /// Takes a finite number; its exponent may be marked by a D, as Fortran writes double precision.
     double number(const char* what)
     {
         std::string_view digits = required(what);
         const std::string_view whole = digits;
         if (digits.front() == '+' && digits.size() > 1 && digits[1] != '-')
             digits.remove_prefix(1);
+        std::string withE;
+        if (const std::size_t d = digits.find_first_of("dD"); d != std::string_view::npos) {
+            withE = digits;
+            withE[d] = 'e';
+            digits = withE;
+        }
         double value = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
         if (error == std::errc::invalid_argument || end != digits.data() + digits.size())
@@ -152,26 +166,36 @@ private:
         return result;
     }
 
+    static constexpr std::int64_t linesPerReport = 1 << 14;
+
     std::string file_;
     std::string_view text_, rest_;
     std::size_t next_ = 0;
     std::int64_t line_ = 0;
+    Phase phase_;
 };
 
+/// The text of a file, which may be compressed.
 std::string readText(const std::string& path)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    const std::unique_ptr<gzFile_s, int (*)(gzFile)> file(gzopen(path.c_str(), "rb"), &gzclose_r);
     if (!file)
         throw MatrixMarketError(path, 0, std::strerror(errno));
     std::string text;
-    constexpr std::size_t chunk = 1 << 20;
-    for (std::size_t size = 0, got = chunk; got == chunk; size += got) {
+    constexpr unsigned chunk = 1 << 20;
+    gzbuffer(file.get(), chunk);
+    for (int got = chunk; got == int(chunk);) {
+        const std::size_t size = text.size();
         text.resize(size + chunk);
-        got = std::fread(text.data() + size, 1, chunk, file.get());
-        text.resize(size + got);
+        got = gzread(file.get(), text.data() + size, chunk);
+        text.resize(size + std::size_t(std::max(got, 0)));
     }
-    if (std::ferror(file.get()))
+    int error = Z_OK;
+    gzerror(file.get(), &error);
+    if (error == Z_ERRNO)
         throw MatrixMarketError(path, 0, std::strerror(errno));
+    if (error != Z_OK && error != Z_STREAM_END)
+        throw MatrixMarketError(path, 0, error == Z_BUF_ERROR ? "the compressed file is cut off" : "damaged");
     return text;
 }
 
@@ -320,19 +344,26 @@ Matrix<T> readEntries(Scanner& in, const Banner& banner, int rows, int cols, std
 template <class T>
 void write(const std::string& path, const Matrix<T>& a)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), &std::fclose);
-    if (!file)
-        throw MatrixMarketError(path, 0, std::strerror(errno));
-    fmt::print(file.get(), "%%MatrixMarket matrix array {} general\n{} {}\n", isComplex<T> ? "complex" : "real", a.rows,
-               a.cols);
+    constexpr std::size_t pieces = 1 << 16;
+    Phase phase("writing " + withoutFolder(path));
+    OutputFile file(path);
+    fmt::memory_buffer text;
+    const auto end = std::back_inserter(text);
+    fmt::format_to(end, "%%MatrixMarket matrix array {} general\n{} {}\n", isComplex<T> ? "complex" : "real", a.rows,
+                   a.cols);
     for (const T& x : a.values) {
         if constexpr (isComplex<T>)
-            fmt::print(file.get(), "{:.9g} {:.9g}\n", x.real(), x.imag());
+            fmt::format_to(end, "{:.9g} {:.9g}\n", x.real(), x.imag());
         else
-            fmt::print(file.get(), "{:.9g}\n", x);
+            fmt::format_to(end, "{:.9g}\n", x);
+        if (text.size() < pieces)
+            continue;
+        file.write({text.data(), text.size()});
+        text.clear();
+        phase.done(double(&x - a.values.data()) / double(a.values.size()));
     }
-    if (std::fflush(file.get()) != 0)
-        throw MatrixMarketError(path, 0, std::strerror(errno));
+    file.write({text.data(), text.size()});
+    file.complete();
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 
 namespace tarn::tool {
 
-/// A file that cannot be read or written, or is not Matrix Market: the text names file, line and cause.
+/// A file that cannot be read, or is not Matrix Market: the text names file, line and cause.
 class MatrixMarketError : public std::runtime_error
 {
 public:
@@ -26,7 +26,8 @@ using AnyMatrix = std::variant<Matrix<double>, Matrix<std::complex<double>>>;
 /**
  * Reads a whole file: coordinate or array format; real, integer, complex or pattern entries (a pattern counts ones);
  * general, symmetric, skew-symmetric or Hermitian. Entries of a coordinate file that name the same position add up.
- * Comments and blank lines may stand anywhere after the banner.
+ * Comments and blank lines may stand anywhere after the banner. The file may be compressed by gzip; an exponent may be
+ * marked by D.
  *
  * Everything else must be exact: one entry a line and nothing behind it, indices inside the matrix, the lower triangle
  * only (without the diagonal if skew-symmetric) where there is a symmetry, real diagonal if Hermitian, finite values,
@@ -34,7 +35,7 @@ using AnyMatrix = std::variant<Matrix<double>, Matrix<std::complex<double>>>;
  */
 AnyMatrix readMatrixMarket(const std::string& path);
 
-/// Writes array format, general, each value with 9 significant digits. Raises MatrixMarketError.
+/// Writes array format, general, each value with 9 significant digits, as an OutputFile. Raises Failure.
 void writeMatrixMarket(const std::string& path, const Matrix<float>& a);
 void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a);
 

@@ -18,6 +18,13 @@ inline std::pair<int, int> shapeOf(const AnyMatrix& any)
 
 inline bool holdsComplex(const AnyMatrix& any) { return std::holds_alternative<Matrix<std::complex<double>>>(any); }
 
+/// Fails for a right-hand side that is none.
+inline void checkHasColumns(const std::string& file, const AnyMatrix& rhs)
+{
+    if (shapeOf(rhs).second == 0)
+        throw Failure(file + ": the right-hand side has no columns");
+}
+
 /// Rounds to single precision; fails for a value that does not fit.
 template <class T>
 Matrix<T> toSingle(const std::string& file, const AnyMatrix& any)

@@ -1,8 +1,7 @@
-// What a set of singular values tells, and a picture of it.
+// What a set of singular values tells.
 #pragma once
 
 #include <cmath>
-#include <string>
 #include <vector>
 
 namespace tarn::tool {
@@ -29,11 +28,5 @@ struct Spectrum
     /// the Frobenius norm.
     double tail(int k) const;
 };
-
-/// Values over their index, on a logarithmic axis, with noise() as a line. Values below a tenth of it stand there.
-std::string svgPlot(const Spectrum& spectrum, const std::string& title);
-
-/// The same in text: `lines` values, evenly spread from the first to the last, each with a bar.
-std::string textPlot(const Spectrum& spectrum, int lines);
 
 } // namespace tarn::tool

@@ -1,11 +1,14 @@
+#include "bench/trial.h"
 #include "commands.h"
 #include "condition.h"
 #include "failure.h"
+#include "json.h"
+#include "output.h"
+#include "progress.h"
 #include "single_precision.h"
 #include "timing.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <memory>
 #include <optional>
@@ -32,6 +35,8 @@ void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std
     const auto [rows, cols] = shapeOf(matrix);
     if (rows != cols)
         throw Failure(fmt::format("{}: the matrix is {} x {}, not square", options.matrix, rows, cols));
+    if (rhs)
+        checkHasColumns(options.rhs, *rhs);
     if (rhs && shapeOf(*rhs).first != rows)
         throw Failure(fmt::format("{}: the right-hand side has {} rows, but the matrix has order {}", options.rhs,
                                   shapeOf(*rhs).first, rows));
@@ -47,6 +52,7 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
     std::vector<int> pivots(std::max(1, a.rows));
 
     const Library library;
+    Phase phase("solving", bench::expectedSeconds("gesv", letter<T>, {0, a.rows, 0, b.cols}));
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
         if constexpr (isComplex<T>)
@@ -61,6 +67,7 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
                                   options.matrix, pivot, pivot));
     check(status, isComplex<T> ? "tarnCgesv" : "tarnSgesv");
 
+    phase.next("checking");
     result.gflops = gesvFlops(a.rows, b.cols) * (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
     result.rcond = reciprocalConditionOfLu(factors, norm1(a));
     result.backwardError = solveBackwardError(a, b, x);
@@ -68,6 +75,7 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
         result.forwardError = deviationFromOnes(x);
     if (!std::isfinite(result.backwardError))
         throw Failure(options.matrix + ": the solution does not fit single precision");
+    phase.end();
     if (!options.out.empty())
         writeMatrixMarket(options.out, x);
     return result;
@@ -89,7 +97,7 @@ void print(const SolveOptions& options, char type, const Solution& s)
                                          {"status", status}};
         if (s.forwardError)
             object["forward_error"] = *s.forwardError;
-        fmt::print("{}\n", object.dump());
+        printObject(object);
         return;
     }
     fmt::print("system          order {}, {} right-hand side{}, {} single precision\n", s.n, s.nrhs,
@@ -106,6 +114,7 @@ void print(const SolveOptions& options, char type, const Solution& s)
 
 int runSolve(const SolveOptions& options)
 {
+    reserveOutput(options.out);
     const AnyMatrix matrix = readMatrixMarket(options.matrix);
     std::optional<AnyMatrix> rhs;
     if (!options.rhs.empty())
@@ -128,7 +137,8 @@ Command addSolve(CLI::App& tarn)
     CLI::App* app = tarn.add_subcommand("solve", "Solve A X = B for a square matrix from a Matrix Market file");
     app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
     app->add_option("--rhs", options->rhs, "B; without it B is A times a vector of ones")->type_name("FILE");
-    app->add_option("--out", options->out, "Where X goes, in array format")->type_name("FILE");
+    app->add_option("--out", options->out, "Where X goes, in array format; - is the standard output")
+        ->type_name("FILE");
     app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
     app->add_flag("--json", options->json, "Print one JSON object");
     return {app, [options] { return runSolve(*options); }};

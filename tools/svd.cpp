@@ -1,14 +1,18 @@
+#include "bench/trial.h"
 #include "commands.h"
 #include "failure.h"
+#include "json.h"
 #include "least_squares.h"
+#include "option_checks.h"
+#include "output.h"
+#include "progress.h"
 #include "single_precision.h"
 #include "singular_values.h"
+#include "spectrum_plot.h"
 #include "timing.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <memory>
 #include <optional>
 
@@ -51,6 +55,8 @@ Decomposition<T> decompose(const Options& options, Matrix<T> a)
         result.u = Matrix<T>(m, k);
         result.vt = Matrix<T>(k, n);
     }
+    const Phase phase("decomposing", bench::expectedSeconds(job == 'S' ? "gesvd-ss" : "gesvd-nn", letter<T>,
+                                                            {std::max(m, n), k, 0, 0}));
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
         status = call(select<T>(tarnSgesvd, nullptr, tarnCgesvd, nullptr), job, job, m, n, a.values.data(), a.ld(),
@@ -103,13 +109,6 @@ double orthogonalityOf(const Matrix<T>& q)
     return norm1(gram);
 }
 
-void writeText(const std::string& path, const std::string& text)
-{
-    std::ofstream file(path);
-    if (!(file << text).flush())
-        throw Failure(path + ": cannot be written");
-}
-
 template <class T>
 std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
 {
@@ -119,10 +118,14 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
     Quality quality{d.seconds, {}, {}, {}};
     if (options.wantsVectors()) {
         const double longer = std::max(a.rows, a.cols), norm = normF(a);
+        Phase phase("checking");
         Matrix<Wide<T>> rest = convert<Wide<T>>(a);
         multiplyAdd(rest, Wide<T>(-1), 'N', scaled(d, int(d.spectrum.values.size())), convert<Wide<T>>(d.vt));
         quality.backwardError = norm == 0 ? normF(rest) : normF(rest) / (longer * norm * epsilon<T>);
-        quality.orthogonality = std::max(orthogonalityOf(d.u), orthogonalityOf(adjoint(d.vt))) / (longer * epsilon<T>);
+        phase.done(1.0 / 3);
+        const double ofU = orthogonalityOf(d.u);
+        phase.done(2.0 / 3);
+        quality.orthogonality = std::max(ofU, orthogonalityOf(adjoint(d.vt))) / (longer * epsilon<T>);
     }
     if (options.rank > 0) {
         const Matrix<T> nearest = approximation(d, options.rank);
@@ -131,8 +134,7 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
             writeMatrixMarket(options.out, nearest);
     }
     if (!options.plot.empty())
-        writeText(options.plot, svgPlot(d.spectrum, fmt::format("Singular values of {} ({} x {})", options.matrix,
-                                                                d.spectrum.m, d.spectrum.n)));
+        writeText(options.plot, svgPlot(d.spectrum, "Singular values of " + withoutFolder(options.matrix)));
     return {d.spectrum, quality};
 }
 
@@ -158,7 +160,7 @@ void printJson(const Options& options, char type, const Spectrum& s, const Quali
         object["approximation_error"] = *quality.approximationError;
     }
     object["status"] = tarnGetStatusString(tarnNoError);
-    fmt::print("{}\n", object.dump());
+    printObject(object);
 }
 
 void printText(const Options& options, char type, const Spectrum& s, const Quality& quality)
@@ -187,6 +189,10 @@ void printText(const Options& options, char type, const Spectrum& s, const Quali
 
 int runSvd(const Options& options)
 {
+    if (!options.out.empty() && options.out == options.plot)
+        throw UsageError("--out and --plot cannot both go to " + options.out);
+    reserveOutput(options.out);
+    reserveOutput(options.plot);
     const AnyMatrix file = readMatrixMarket(options.matrix);
     const auto [m, n] = shapeOf(file);
     if (m == 0 || n == 0)
@@ -208,9 +214,13 @@ Command addSvd(CLI::App& tarn)
     app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
     app->add_flag("--vectors", options->vectors, "Compute the singular vectors too, and show their errors");
     CLI::Option* rank =
-        app->add_option("--rank", options->rank, "Find the nearest matrix of this rank")->check(CLI::PositiveNumber);
-    app->add_option("--out", options->out, "Where that matrix goes, in array format")->type_name("FILE")->needs(rank);
-    app->add_option("--plot", options->plot, "Where a plot of the values goes, as SVG")->type_name("FILE");
+        app->add_option("--rank", options->rank, "Find the nearest matrix of this rank")->check(atLeast(1));
+    app->add_option("--out", options->out, "Where that matrix goes, in array format; - is the standard output")
+        ->type_name("FILE")
+        ->needs(rank);
+    app->add_option("--plot", options->plot, "Where a plot of the values goes, as SVG; - is the standard output")
+        ->type_name("FILE")
+        ->check(svgName());
     app->add_flag("--complex", options->complex, "Compute in complex arithmetic even if the file is real");
     app->add_flag("--json", options->json, "Print one JSON object");
     return {app, [options] { return runSvd(*options); }};

@@ -26,8 +26,9 @@ TOOL = """
                 sys.exit("tarn: out of device memory")
             for pointers in ("host", "device"):
                 print('{"routine":"%s","type":"%s","pointers":"%s","m":0,"n":%d,"seconds":2,"gflops":1,'
-                      '"reference":"cuBLAS","reference_seconds":1,"ratio":2,"error":%s},'
+                      '"reference":"cuBLAS","reference_seconds":1,"ratio":2,"error":%s,"bound":3},'
                       % (option["--routine"], option["--type"], pointers, size, ERROR), flush=True)
+        sys.exit(ERROR != 0)
 """
 
 GOOGLETEST = """
@@ -127,11 +128,12 @@ class GpuCheck(unittest.TestCase):
         status, _, results = self.check("tests", "sanitizer")
         self.assertEqual((status, results["sanitizer"]["memcheck good"]["summary"]), (1, "2 errors"))
 
-        for error in ("7000.0", "null"):
+        for error in ("7.0", "null"):
             self.write("tarn", TOOL, ERROR=error)
             status, output, _ = self.check("bench", "--size", "32", "--routine", "gemm")
             self.assertEqual(status, 1)
             self.assertIn("WRONG gemm s 32 host", output)
+            self.assertIn("2 rows, 2 with too large an error, 0 failures", output)
 
     def test_without_a_gpu_it_says_so(self):
         self.write("tarn", 'import sys; sys.exit("tarn: No hardware is present")')

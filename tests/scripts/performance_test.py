@@ -3,7 +3,6 @@ import json
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 import xml.etree.ElementTree
@@ -11,6 +10,7 @@ import xml.etree.ElementTree
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 PAGE = "Prose.\n<!-- scripts/performance writes from here -->\nold\n<!-- to here -->\nMore prose.\n"
 SVG = "{http://www.w3.org/2000/svg}"
+DRAWS = subprocess.run(["/usr/bin/python3", "-c", "import matplotlib"], capture_output=True).returncode == 0
 
 
 def row(n, pointers, seconds, type="s"):
@@ -19,6 +19,16 @@ def row(n, pointers, seconds, type="s"):
             "error": 0.25}
 
 
+def group(svg, name):
+    return next(g for g in svg.iter(SVG + "g") if g.get("id") == name)
+
+
+def marks(svg, name):
+    """Where the marks of a line lie."""
+    return [(float(use.get("x")), float(use.get("y"))) for use in group(svg, name).iter(SVG + "use")]
+
+
+@unittest.skipUnless(DRAWS, "the system's Python has no matplotlib")
 class Performance(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -26,7 +36,8 @@ class Performance(unittest.TestCase):
         self.root = pathlib.Path(scratch.name)
         for folder in ("scripts", "docs/plots", "bench/results"):
             (self.root / folder).mkdir(parents=True)
-        shutil.copy(ROOT / "scripts" / "performance", self.root / "scripts")
+        for script in ("performance", "plots.py"):
+            shutil.copy(ROOT / "scripts" / script, self.root / "scripts")
         (self.root / "docs" / "performance.md").write_text(PAGE)
         (self.root / "docs" / "plots" / "stale.svg").write_text("")
 
@@ -35,7 +46,7 @@ class Performance(unittest.TestCase):
                    "cpu_blas": "a BLAS", "versions": {"tarn": "14.0.0"}, "revision": "", "build": "0",
                    "date": "2000-01-02", "tests": {}, "sanitizer": {}, "bench": {"rows": rows, "failures": []}}
         (self.root / "bench" / "results" / f"{name}.json").write_text(json.dumps(dict(results, **facts)))
-        subprocess.run([sys.executable, self.root / "scripts" / "performance"], check=True, capture_output=True)
+        subprocess.run([self.root / "scripts" / "performance"], check=True, capture_output=True)
         return (self.root / "docs" / "performance.md").read_text()
 
     def test_tables_and_targets(self):
@@ -53,19 +64,36 @@ class Performance(unittest.TestCase):
         self.assertLess(page.index("## A GPU"), page.index("## Software device"))
 
     def test_plots(self):
-        self.written([row(n, pointers, 512 / n, type) for type in "sc" for n in (512, 2048)
-                      for pointers in ("host", "device")])
-        plots = list((self.root / "docs" / "plots").iterdir())
-        self.assertEqual([plot.name for plot in plots], ["getrf-software-2-cores.svg"])
-        svg = xml.etree.ElementTree.parse(plots[0]).getroot()
-        points = [(float(c.get("cx")), float(c.get("cy"))) for c in svg.iter(SVG + "circle")]
-        self.assertEqual(len(points), 2 * 3 * 2)
-        peer, device = points[0:2], points[2:4]
+        rows = [row(n, pointers, 512 / n, type) for type in "sc" for n in (512, 2048) for pointers in ("host", "device")]
+        self.written(rows)
+        plots = self.root / "docs" / "plots"
+        first = {path.name: path.read_text() for path in plots.iterdir()}
+        self.assertEqual(set(first), {"getrf-software-2-cores.svg", "ratios-software-2-cores.svg"})
+        self.written(rows)
+        self.assertEqual(first, {path.name: path.read_text() for path in plots.iterdir()}, "the same once more")
+
+        svg = xml.etree.ElementTree.parse(plots / "getrf-software-2-cores.svg").getroot()
+        host, peer = marks(svg, "c-host"), marks(svg, "c-peer")
+        self.assertEqual(peer[0], host[0], "the ratio is 1 there")
         self.assertEqual(peer[0][1], peer[1][1])
-        self.assertEqual(peer[0], device[0], "the ratio is 1 there")
-        self.assertLess(device[1][1], device[0][1], "four times as fast is higher up")
-        height = float(svg.get("height"))
-        self.assertTrue(all(0 < y < height for _, y in points))
+        self.assertLess(host[1][1], host[0][1], "four times as fast is higher up")
+        [foot] = {y for _, y in marks(svg, "xtick_1")}
+        self.assertAlmostEqual((foot - host[1][1]) / (foot - host[0][1]), 4, 3, "and that times as high")
+        self.assertIn("getrf: software device, 2 cores of a CPU", [text.text for text in svg.iter(SVG + "text")])
+
+        svg = xml.etree.ElementTree.parse(plots / "ratios-software-2-cores.svg").getroot()
+        [(slow, line)], [(fast, other)] = marks(svg, "s-512-host"), marks(svg, "s-2048-host")
+        self.assertEqual(line, other)
+        self.assertLess(fast, slow)
+
+    def test_narrow_plots_hold_their_legend(self):
+        self.written([row(n, pointers, 1) for n in (512, 2048) for pointers in ("host", "device")])
+        svg = xml.etree.ElementTree.parse(self.root / "docs" / "plots" / "getrf-software-2-cores.svg").getroot()
+        width = float(svg.get("viewBox").split()[2])
+        legend = list(group(svg, "legend_1").iter(SVG + "text"))
+        self.assertEqual([text.text for text in legend], ["host pointers", "device pointers", "CPU LAPACK"])
+        for text in legend:
+            self.assertLess(float(text.get("x")) + 0.6 * 9 * len(text.text), width, text.text)
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #include "matrix_market.h"
 
+#include "failure.h"
 #include "scratch.h"
 
 namespace {
@@ -63,6 +64,7 @@ TEST_F(MatrixMarket, Array)
               (Complexes{1, {2, 3}, {2, -3}, 4}));
     EXPECT_EQ(complex("%%MatrixMarket matrix array complex skew-symmetric\n2 2\n2 3\n"),
               (Complexes{0, {2, 3}, {-2, -3}, 0}));
+    EXPECT_EQ(real("%%MatrixMarket matrix array real general\n3 1\n4.0D0\n-1.5d-2\n+2D+1\n"), (Reals{4, -0.015, 20}));
     EXPECT_TRUE(real("%%MatrixMarket matrix array real general\n0 3\n").empty());
 }
 
@@ -105,6 +107,7 @@ TEST_F(MatrixMarket, NamesFileLineAndCause)
         {coordinate + "general\n2 2 1\n1 1 1 1\n", "a.mtx:3: '1' stands behind"},
         {coordinate + "general\n2 2 1\n1 1 nan\n", "a.mtx:3: the value nan is not finite"},
         {coordinate + "general\n2 2 1\n1 1 1e999\n", "a.mtx:3: the value 1e999 is not finite"},
+        {coordinate + "general\n2 2 1\n1 1 1D\n", "a.mtx:3: the value is '1D', not a number"},
         {coordinate + "general\n2 2 1\n1 1 +-1\n", "a.mtx:3: the value is '+-1', not a number"},
         {coordinate + "general\n2 2 2\n1 1 1\n", "a.mtx: the file ends after 1 of 2 entries"},
         {coordinate + "general\n2 2 1\n1 1 1\n2 2 1\n", "a.mtx:4: there are more entries than announced"},
@@ -117,6 +120,7 @@ TEST_F(MatrixMarket, NamesFileLineAndCause)
         {array + "general\n2 1\n1\n", "a.mtx: the file ends before entry (2, 1)"},
         {array + "general\n2 1\n1\n2\n3\n", "a.mtx:5: there are more entries"},
         {array + "general\n2 1\n1 2\n", "a.mtx:3: '2' stands behind"},
+        {"\x1f\x8b\x08", "a.mtx: the compressed file is cut off"},
     };
     for (const auto& [text, cause] : cases)
         EXPECT_EQ(complaint(text).substr(0, std::string(cause).size()), cause) << text;
@@ -137,7 +141,7 @@ TEST_F(MatrixMarket, WritesWhatItReads)
     writeMatrixMarket(scratch.path("s.mtx"), b);
     const auto s = std::get<Matrix<double>>(tarn::tool::readMatrixMarket(scratch.path("s.mtx")));
     EXPECT_EQ(tarn::tool::convert<float>(s).values, b.values);
-    EXPECT_THROW(writeMatrixMarket(scratch.path("no/such/folder"), b), tarn::tool::MatrixMarketError);
+    EXPECT_THROW(writeMatrixMarket(scratch.path("no/such/folder"), b), tarn::tool::Failure);
 }
 
 } // namespace

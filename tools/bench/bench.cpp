@@ -1,5 +1,7 @@
 #include "../commands.h"
 #include "../failure.h"
+#include "../option_checks.h"
+#include "../progress.h"
 #include "kernels.h"
 #include "routine.h"
 #include "table.h"
@@ -8,6 +10,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <map>
 #include <memory>
 
 namespace tarn::bench {
@@ -15,6 +18,7 @@ namespace tarn::bench {
 namespace {
 
 using tool::Failure;
+using tool::UsageError;
 
 struct Options
 {
@@ -43,10 +47,10 @@ void appendSizes(std::vector<int>& sizes, const std::string& text)
         ++p;
     }
     if (p != end || (count != 1 && count != 3))
-        throw Failure(fmt::format("--size {}: give N or N:N2:STEP, whole numbers above 0", text));
+        throw UsageError(fmt::format("--size {}: give N or N:N2:STEP, whole numbers above 0", text));
     const int last = count == 3 ? value[1] : value[0];
     if (last < value[0])
-        throw Failure(fmt::format("--size {}: the last size is below the first", text));
+        throw UsageError(fmt::format("--size {}: the last size is below the first", text));
     for (std::int64_t size = value[0]; size <= last; size += value[2])
         sizes.push_back(int(size));
 }
@@ -60,7 +64,7 @@ std::vector<Routine> chooseRoutines(const std::vector<std::string>& names)
             if (name == "all" || name == routine.name || std::string(routine.name).rfind(name + "-", 0) == 0)
                 chosen.push_back(routine);
         if (chosen.size() == before)
-            throw Failure(fmt::format("--routine {}: there is no such routine", name));
+            throw UsageError(fmt::format("--routine {}: there is no such routine", name));
     }
     return chosen;
 }
@@ -78,41 +82,134 @@ std::string commonTypes(const Routine& routine, const std::string& letters)
 void checkTypes(const std::vector<Routine>& chosen, const Options& options)
 {
     if (options.types.empty() || options.types.find_first_not_of("sdcz") != std::string::npos)
-        throw Failure(fmt::format("--type {}: give letters of s, d, c, z", options.types));
+        throw UsageError(fmt::format("--type {}: give letters of s, d, c, z", options.types));
     for (const Routine& routine : chosen)
         if (options.routines.front() != "all" && commonTypes(routine, options.types).empty())
-            throw Failure(fmt::format("--type {}: {} exists in {} only", options.types, routine.name, routine.types));
+            throw UsageError(
+                fmt::format("--type {}: {} exists in {} only", options.types, routine.name, routine.types));
 }
 
-void run(const Routine& routine, char type, int size, const Options& options, Table& table)
+/// One measurement.
+struct Run
 {
-    const Dimensions d = routine.dimensions(size, options.nrhs);
-    const Timing timing = routine.time(type, d, options.repeats);
-    const double work = routine.flops(d) * (type == 'c' || type == 'z' ? 4 : 1) * 1e-9;
-    Row row = {routine.name,    type, "host", d, timing.host, work / timing.host, routine.reference, timing.reference,
-               timing.hostError};
-    table.add(row);
+    const Routine* routine;
+    char type;
+    int size;
+
+    Dimensions dimensions(const Options& options) const { return routine->dimensions(size, options.nrhs); }
+    double flops(const Options& options) const
+    {
+        return routine->flops(dimensions(options)) * (type == 'c' || type == 'z' ? 4 : 1);
+    }
+};
+
+std::vector<Run> planned(const std::vector<Routine>& chosen, const std::vector<int>& sizes, const Options& options)
+{
+    std::vector<Run> runs;
+    for (const Routine& routine : chosen)
+        for (const char type : commonTypes(routine, options.types))
+            for (const int size : sizes)
+                runs.push_back({&routine, type, size});
+    return runs;
+}
+
+/// What the runs so far say of those to come.
+class Forecast
+{
+public:
+    explicit Forecast(const Options& options) : options_(options) {}
+
+    void learn(const Run& run, const Timing& timing)
+    {
+        for (const char* name : {run.routine->name, ""}) {
+            work_[name] += run.flops(options_);
+            seconds_[name] += timing.host + timing.device + timing.reference;
+        }
+    }
+
+    /// Seconds that these runs will take at the rates so far, those of the same routine where there are; 0 without any.
+    double secondsOf(const std::vector<Run>& runs, std::size_t first) const
+    {
+        double sum = 0;
+        for (std::size_t i = first; i < runs.size() && !work_.empty(); ++i) {
+            const std::string name = work_.count(runs[i].routine->name) ? runs[i].routine->name : "";
+            const double once = runs[i].flops(options_) * seconds_.at(name) / work_.at(name);
+            sum += once * (1 + timedCalls(once, options_.repeats));
+        }
+        return sum;
+    }
+
+private:
+    const Options& options_;
+    std::map<std::string, double> work_, seconds_; ///< by routine, and of all by ""
+};
+
+Timing measureRun(const Run& run, const Options& options, Table& table, tool::Phase& phase)
+{
+    const Routine& routine = *run.routine;
+    const Dimensions d = run.dimensions(options);
+    const Timing timing = routine.time(run.type, d, options.repeats);
+    const double work = run.flops(options) * 1e-9;
+    Row row = {routine.name,     run.type,         "host",       d, timing.host, work / timing.host, routine.reference,
+               timing.reference, timing.hostError, routine.bound};
+    phase.without([&] { table.add(row); });
     row.pointers = "device";
     row.seconds = timing.device;
     row.gflops = work / timing.device;
     row.error = timing.deviceError;
-    table.add(row);
+    phase.without([&] { table.add(row); });
+    return timing;
+}
+
+std::string nameOf(const std::vector<Run>& runs, std::size_t i)
+{
+    return fmt::format("{} {} {}, {} of {}", runs[i].routine->name, runs[i].type, runs[i].size, i + 1, runs.size());
+}
+
+int measureAll(const std::vector<Run>& runs, const Options& options)
+{
+    int unsound = 0;
+    {
+        Table table(options.json ? Format::json : options.csv ? Format::csv : Format::text);
+        Forecast forecast(options);
+        tool::Phase phase("measuring");
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            phase.goesOn(nameOf(runs, i), forecast.secondsOf(runs, i));
+            forecast.learn(runs[i], measureRun(runs[i], options, table, phase));
+        }
+        unsound = table.unsound();
+    }
+    if (unsound > 0)
+        throw Failure(fmt::format("{} row{} with an error above the bound (tarn help bench has the bounds)", unsound,
+                                  unsound == 1 ? "" : "s"));
+    return 0;
 }
 
 /// A line for each number of threads, with its calls per second as a share of those of the first.
-void runUnderLoad(const Routine& routine, char type, int size, const Options& options)
+int measureUnderLoad(const std::vector<Run>& runs, const Options& options)
 {
-    const Dimensions d = routine.dimensions(size, options.nrhs);
-    Load first;
-    for (const int threads : options.threads) {
-        const Load load = routine.load(type, d, threads);
-        if (first.ours == 0)
-            first = load;
-        fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11.2f} {:>6.2f}  {:<12} {:>11.2f} {:>6.2f} {:>7.2f}\n", routine.name,
-                   type, size, threads, load.ours, load.ours / first.ours, routine.reference, load.reference,
-                   load.reference / first.reference, load.ours / load.reference);
-        std::fflush(stdout);
+    fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11} {:>6}  {:<12} {:>11} {:>6} {:>7}\n", "routine", "type", "size",
+               "threads", "calls/s", "share", "beside", "calls/s", "share", "ratio");
+    const double lines = double(runs.size() * options.threads.size());
+    int line = 0;
+    tool::Phase phase("measuring under load");
+    for (const Run& run : runs) {
+        Load first;
+        for (const int threads : options.threads) {
+            const Load load = run.routine->load(run.type, run.dimensions(options), threads);
+            if (first.ours == 0)
+                first = load;
+            phase.without([&] {
+                fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11.2f} {:>6.2f}  {:<12} {:>11.2f} {:>6.2f} {:>7.2f}\n",
+                           run.routine->name, run.type, run.size, threads, load.ours, load.ours / first.ours,
+                           run.routine->reference, load.reference, load.reference / first.reference,
+                           load.ours / load.reference);
+                std::fflush(stdout);
+            });
+            phase.done(++line / lines);
+        }
     }
+    return 0;
 }
 
 /// A line per routine for scripts: name, types, largest size for a survey, reference.
@@ -136,54 +233,51 @@ int runBench(const Options& options)
     const std::vector<Routine> chosen = chooseRoutines(options.routines);
     checkTypes(chosen, options);
 
+    const std::vector<Run> runs = planned(chosen, sizes, options);
     const tool::Library library;
-    if (!options.threads.empty()) {
-        fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11} {:>6}  {:<12} {:>11} {:>6} {:>7}\n", "routine", "type", "size",
-                   "threads", "calls/s", "share", "beside", "calls/s", "share", "ratio");
-        for (const Routine& routine : chosen)
-            for (const char type : commonTypes(routine, options.types))
-                for (const int size : sizes)
-                    runUnderLoad(routine, type, size, options);
-        return 0;
-    }
-    Table table(options.json ? Format::json : options.csv ? Format::csv : Format::text);
-    for (const Routine& routine : chosen)
-        for (const char type : commonTypes(routine, options.types))
-            for (const int size : sizes)
-                run(routine, type, size, options, table);
-    return 0;
+    return options.threads.empty() ? measureAll(runs, options) : measureUnderLoad(runs, options);
 }
 
 std::string help()
 {
     std::string names;
     for (const Routine& routine : routines())
-        names += fmt::format("  {:<6} {}, beside {}\n", routine.name, routine.types, routine.reference);
+        names += fmt::format("  {:<8} {}, beside {}\n", routine.name, routine.types, routine.reference);
     return "Routines, their types, and what they are measured beside:\n" + names +
-           "\nEach size gives two rows: arrays in host memory (its time includes the copies to the device and back) "
-           "and\n"
-           "arrays in device memory. seconds are medians over the repeats, taken in turns with the reference; ratio "
-           "is\n"
-           "seconds over the reference's. error is a backward error in units of eps (2^-23, 2^-52 for d and z):\n"
-           "  gemm symm hemm syrk herk syr2k her2k trmm gemv symv hemv\n"
-           "         norm2((C - Cref) w) / (sqrt(k + 2) |alpha| |A| |B| + 2 |beta| |C|)       sound up to 3\n"
-           "  trsm   norm2((A X - B) w) / (sqrt(m + 2) |A| |X|)                               sound up to 3\n"
-           "  getrf  norm2((P A - L U) w) / (max(m, n) |A|)                                   sound up to 30\n"
-           "  gesv   norm1(B - A X) / (n norm1(A) norm1(X))                                   sound up to 30\n"
-           "  gels   the least change of A that makes X optimal over |A|                      sound up to 10\n"
-           "  geqrf  norm2((A - Q R) w) / (m |A|)                                             sound up to 30\n"
-           "  gglse  the larger of norm2(d - B x) / (|B| norm2(x) + norm2(d)) and of\n"
-           "         the least change of A that makes x optimal over |A|                      sound up to 10\n"
-           "  gesvd-nn\n"
-           "         |norm2(s) - |A|| / (max(m, n) |A|)                                       sound up to 30\n"
-           "  gesvd-ss gesvd-aa gesvd-os\n"
-           "         the larger of norm2((A - U S V') w) / (max(m, n) |A|) and, for Q = U and Q = V,\n"
-           "         norm2((I - Q' Q) w) / max(m, n)^1.5                                      sound up to 30\n"
-           "(gesvd: one row a pair of jobs, all by the name gesvd; for aa n = size / 2)\n"
-           "(gglse: m equations and k constraints on n unknowns, m = size, n = size / 2, k = size / 4)\n"
-           "where |.| is the Frobenius norm and w has random entries +1 and -1, so that norm2(E w)^2 has normF(E)^2 "
-           "as\n"
-           "its mean.";
+           fmt::format(
+               "\nEach size gives two rows: arrays in host memory (its time includes the copies to the device and "
+               "back) "
+               "and\n"
+               "arrays in device memory. seconds are medians over the repeats, taken in turns with the reference; "
+               "ratio "
+               "is\n"
+               "seconds over the reference's. error is a backward error in units of eps (2^-23, 2^-52 for d and z):\n"
+               "  gemm symm hemm syrk herk syr2k her2k trmm gemv symv hemv\n"
+               "         norm2((C - Cref) w) / (sqrt(k + 2) |alpha| |A| |B| + 2 |beta| |C|)       sound up to {blas}\n"
+               "  trsm   norm2((A X - B) w) / (sqrt(m + 2) |A| |X|)                               sound up to {blas}\n"
+               "  getrf  norm2((P A - L U) w) / (max(m, n) |A|)                                   sound up to "
+               "{lapack}\n"
+               "  gesv   norm1(B - A X) / (n norm1(A) norm1(X))                                   sound up to "
+               "{lapack}\n"
+               "  gels   the least change of A that makes X optimal over |A|                      sound up to {ls}\n"
+               "  geqrf  norm2((A - Q R) w) / (m |A|)                                             sound up to "
+               "{lapack}\n"
+               "  gglse  the larger of norm2(d - B x) / (|B| norm2(x) + norm2(d)) and of\n"
+               "         the least change of A that makes x optimal over |A|                      sound up to {ls}\n"
+               "  gesvd-nn\n"
+               "         |norm2(s) - |A|| / (max(m, n) |A|)                                       sound up to "
+               "{lapack}\n"
+               "  gesvd-ss gesvd-aa gesvd-os\n"
+               "         the larger of norm2((A - U S V') w) / (max(m, n) |A|) and, for Q = U and Q = V,\n"
+               "         norm2((I - Q' Q) w) / max(m, n)^1.5                                      sound up to "
+               "{lapack}\n"
+               "(gesvd: one row a pair of jobs, all by the name gesvd; for aa n = size / 2)\n"
+               "(gglse: m equations and k constraints on n unknowns, m = size, n = size / 2, k = size / 4)\n"
+               "where |.| is the Frobenius norm and w has random entries +1 and -1, so that norm2(E w)^2 has "
+               "normF(E)^2 "
+               "as\n"
+               "its mean. A row with an unsound error is marked, and the exit status is then 1.",
+               fmt::arg("blas", blasBound), fmt::arg("lapack", lapackBound), fmt::arg("ls", leastSquaresBound));
 }
 
 } // namespace
@@ -204,10 +298,10 @@ Command addBench(CLI::App& tarn)
         ->delimiter(',')
         ->capture_default_str();
     app->add_option("--nrhs", options->nrhs, "Right-hand sides of gesv and gels")
-        ->check(CLI::PositiveNumber)
+        ->check(atLeast(1))
         ->capture_default_str();
     app->add_option("--repeat", options->repeats, "Timed calls; 0: about a second's worth a row, at least 3")
-        ->check(CLI::NonNegativeNumber)
+        ->check(atLeast(0))
         ->capture_default_str();
     CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
     CLI::Option* csv = app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
@@ -222,7 +316,7 @@ Command addBench(CLI::App& tarn)
                     "Threads that call at a time, several numbers with commas between: calls per second of all "
                     "together on host pointers, and their share of those of the first number")
         ->delimiter(',')
-        ->check(CLI::PositiveNumber)
+        ->check(atLeast(1))
         ->excludes(json)
         ->excludes(csv);
     app->footer(bench::help());

@@ -6,6 +6,9 @@
 #include "host_arrays.h"
 #include "reference.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace tarn::bench {
 
 namespace {
@@ -65,6 +68,11 @@ private:
 
 } // namespace
 
+int timedCalls(double once, int repeats)
+{
+    return repeats > 0 ? repeats : int(std::clamp<double>(rowsPerSize * secondsPerRow / once, minRepeats, maxRepeats));
+}
+
 template <class T>
 Timing measure(const Problem<T>& problem, int repeats)
 {
@@ -90,11 +98,9 @@ Timing measure(const Problem<T>& problem, int repeats)
     warmUp += timeDevice();
     timing.deviceError = problem.error(problem, deviceArrays.outcome());
     warmUp += timeReference();
-    if (repeats == 0)
-        repeats = int(std::clamp<double>(rowsPerSize * secondsPerRow / warmUp, minRepeats, maxRepeats));
 
     std::vector<double> host, device, reference;
-    for (int repeat = 0; repeat < repeats; ++repeat) {
+    for (int left = timedCalls(warmUp, repeats); left > 0; --left) {
         host.push_back(timeHost());
         reference.push_back(timeReference());
         device.push_back(timeDevice());
@@ -105,9 +111,26 @@ Timing measure(const Problem<T>& problem, int repeats)
     return timing;
 }
 
+template <class T>
+double hostSeconds(const Problem<T>& problem)
+{
+    HostArrays<T> arrays(problem);
+    bool good = problem.host(arrays.fresh()) == tarnNoError;
+    double best = std::numeric_limits<double>::infinity();
+    for (int call = 0; call < 3 && good; ++call) {
+        const Arrays<T> fresh = arrays.fresh();
+        best = std::min(best, tool::secondsOf([&] { good = problem.host(fresh) == tarnNoError; }));
+    }
+    return good ? best : 0;
+}
+
 template Timing measure(const Problem<float>&, int);
 template Timing measure(const Problem<double>&, int);
 template Timing measure(const Problem<std::complex<float>>&, int);
 template Timing measure(const Problem<std::complex<double>>&, int);
+template double hostSeconds(const Problem<float>&);
+template double hostSeconds(const Problem<double>&);
+template double hostSeconds(const Problem<std::complex<float>>&);
+template double hostSeconds(const Problem<std::complex<double>>&);
 
 } // namespace tarn::bench

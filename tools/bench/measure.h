@@ -22,9 +22,20 @@ struct Timing
 template <class T>
 Timing measure(const Problem<T>& problem, int repeats);
 
+/// How many timed calls each `repeats` means if one call of each takes `once` seconds together.
+int timedCalls(double once, int repeats);
+
+/// Seconds of the best of three calls on host pointers after one to warm up, 0 if one fails.
+template <class T>
+double hostSeconds(const Problem<T>& problem);
+
 extern template Timing measure(const Problem<float>&, int);
 extern template Timing measure(const Problem<double>&, int);
 extern template Timing measure(const Problem<std::complex<float>>&, int);
 extern template Timing measure(const Problem<std::complex<double>>&, int);
+extern template double hostSeconds(const Problem<float>&);
+extern template double hostSeconds(const Problem<double>&);
+extern template double hostSeconds(const Problem<std::complex<float>>&);
+extern template double hostSeconds(const Problem<std::complex<double>>&);
 
 } // namespace tarn::bench

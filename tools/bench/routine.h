@@ -9,17 +9,22 @@
 
 namespace tarn::bench {
 
+/// Errors in units of eps up to which a result is sound.
+constexpr double blasBound = 3, lapackBound = 30, leastSquaresBound = 10;
+
 /// A routine in all its element types.
 struct Routine
 {
     const char* name;
     std::string types;     ///< letters of s, d, c, z
     const char* reference; ///< library that it is measured against
+    double bound;          ///< its errors up to this are sound
     Dimensions (*dimensions)(int size, int nrhs);
     double (*flops)(const Dimensions&); ///< for real elements; complex ones take four times as many
     Timing (*time)(char type, const Dimensions&, int repeats);
     Load (*load)(char type, const Dimensions&, int threads);
-    int largest = 1 << 20; ///< sizes above it take too long for a survey of all routines
+    double (*once)(char type, const Dimensions&); ///< seconds of a call on host pointers, 0 if it fails
+    int largest = 1 << 20;                        ///< sizes above it take too long for a survey of all routines
 };
 
 /**
@@ -30,7 +35,7 @@ struct Routine
  *   template <class T> static Problem<T> problem(const Dimensions&);
  */
 template <class Definition, class... Types>
-Routine describe(const char* name, const char* reference)
+Routine describe(const char* name, const char* reference, double bound)
 {
     const auto time = [](char type, const Dimensions& d, int repeats) {
         Timing result;
@@ -43,7 +48,13 @@ Routine describe(const char* name, const char* reference)
         ((type == letter<Types> ? void(result = load(Definition::template problem<Types>(d), threads)) : void()), ...);
         return result;
     };
-    return {name, {letter<Types>...}, reference, &Definition::dimensions, &Definition::flops, time, underLoad};
+    const auto once = [](char type, const Dimensions& d) {
+        double seconds = 0;
+        ((type == letter<Types> ? void(seconds = hostSeconds(Definition::template problem<Types>(d))) : void()), ...);
+        return seconds;
+    };
+    return {name, {letter<Types>...}, reference, bound, &Definition::dimensions, &Definition::flops,
+            time, underLoad,          once};
 }
 
 Routine gemm();

@@ -25,8 +25,10 @@ struct Row
     const char* reference; ///< library that reference_seconds belongs to
     double referenceSeconds;
     double error; ///< backward error in units of eps
+    double bound; ///< errors up to this are sound
 
     double ratio() const { return seconds / referenceSeconds; }
+    bool sound() const { return error <= bound; } ///< false for a NaN too
 };
 
 /// A table on the standard output: a heading or an opening bracket first, a closing bracket last.
@@ -40,9 +42,13 @@ public:
 
     void add(const Row& row);
 
+    /// Number of rows that are not sound.
+    int unsound() const { return unsound_; }
+
 private:
     Format format_;
     bool empty_ = true;
+    int unsound_ = 0;
 };
 
 } // namespace tarn::bench

@@ -36,6 +36,6 @@ struct Gels
 
 } // namespace
 
-Routine gels() { return describe<Gels, float, std::complex<float>>("gels", reference::lapack); }
+Routine gels() { return describe<Gels, float, std::complex<float>>("gels", reference::lapack, leastSquaresBound); }
 
 } // namespace tarn::bench

@@ -51,7 +51,7 @@ struct Gemm
 
 Routine gemm()
 {
-    return describe<Gemm, float, double, std::complex<float>, std::complex<double>>("gemm", reference::blas);
+    return describe<Gemm, float, double, std::complex<float>, std::complex<double>>("gemm", reference::blas, blasBound);
 }
 
 } // namespace tarn::bench

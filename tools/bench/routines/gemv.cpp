@@ -52,7 +52,7 @@ struct Gemv
 
 Routine gemv()
 {
-    return describe<Gemv, float, double, std::complex<float>, std::complex<double>>("gemv", reference::blas);
+    return describe<Gemv, float, double, std::complex<float>, std::complex<double>>("gemv", reference::blas, blasBound);
 }
 
 } // namespace tarn::bench

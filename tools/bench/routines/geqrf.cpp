@@ -61,6 +61,6 @@ struct Geqrf
 
 } // namespace
 
-Routine geqrf() { return describe<Geqrf, float, std::complex<float>>("geqrf", reference::lapack); }
+Routine geqrf() { return describe<Geqrf, float, std::complex<float>>("geqrf", reference::lapack, lapackBound); }
 
 } // namespace tarn::bench

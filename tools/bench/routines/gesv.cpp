@@ -36,6 +36,6 @@ struct Gesv
 
 } // namespace
 
-Routine gesv() { return describe<Gesv, float, std::complex<float>>("gesv", reference::lapack); }
+Routine gesv() { return describe<Gesv, float, std::complex<float>>("gesv", reference::lapack, lapackBound); }
 
 } // namespace tarn::bench

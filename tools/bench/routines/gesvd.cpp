@@ -100,7 +100,7 @@ struct Gesvd
 template <char jobu, char jobvt>
 Routine entry(const char* name)
 {
-    Routine routine = describe<Gesvd<jobu, jobvt>, float, std::complex<float>>(name, reference::lapack);
+    Routine routine = describe<Gesvd<jobu, jobvt>, float, std::complex<float>>(name, reference::lapack, lapackBound);
     routine.largest = reference::onDevice ? 2048 : 1024;
     return routine;
 }

@@ -62,6 +62,6 @@ struct Getrf
 
 } // namespace
 
-Routine getrf() { return describe<Getrf, float, std::complex<float>>("getrf", reference::lapack); }
+Routine getrf() { return describe<Getrf, float, std::complex<float>>("getrf", reference::lapack, lapackBound); }
 
 } // namespace tarn::bench

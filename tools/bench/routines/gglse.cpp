@@ -43,6 +43,6 @@ struct Gglse
 
 } // namespace
 
-Routine gglse() { return describe<Gglse, float, std::complex<float>>("gglse", reference::lapack); }
+Routine gglse() { return describe<Gglse, float, std::complex<float>>("gglse", reference::lapack, leastSquaresBound); }
 
 } // namespace tarn::bench

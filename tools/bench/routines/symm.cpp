@@ -54,9 +54,13 @@ struct Symm
 
 Routine symm()
 {
-    return describe<Symm<false>, float, double, std::complex<float>, std::complex<double>>("symm", reference::blas);
+    return describe<Symm<false>, float, double, std::complex<float>, std::complex<double>>("symm", reference::blas,
+                                                                                           blasBound);
 }
 
-Routine hemm() { return describe<Symm<true>, std::complex<float>, std::complex<double>>("hemm", reference::blas); }
+Routine hemm()
+{
+    return describe<Symm<true>, std::complex<float>, std::complex<double>>("hemm", reference::blas, blasBound);
+}
 
 } // namespace tarn::bench

@@ -51,8 +51,8 @@ struct Symv
 
 } // namespace
 
-Routine symv() { return describe<Symv, float, double>("symv", reference::blas); }
+Routine symv() { return describe<Symv, float, double>("symv", reference::blas, blasBound); }
 
-Routine hemv() { return describe<Symv, std::complex<float>, std::complex<double>>("hemv", reference::blas); }
+Routine hemv() { return describe<Symv, std::complex<float>, std::complex<double>>("hemv", reference::blas, blasBound); }
 
 } // namespace tarn::bench

@@ -64,9 +64,13 @@ struct Syr2k
 
 Routine syr2k()
 {
-    return describe<Syr2k<false>, float, double, std::complex<float>, std::complex<double>>("syr2k", reference::blas);
+    return describe<Syr2k<false>, float, double, std::complex<float>, std::complex<double>>("syr2k", reference::blas,
+                                                                                            blasBound);
 }
 
-Routine her2k() { return describe<Syr2k<true>, std::complex<float>, std::complex<double>>("her2k", reference::blas); }
+Routine her2k()
+{
+    return describe<Syr2k<true>, std::complex<float>, std::complex<double>>("her2k", reference::blas, blasBound);
+}
 
 } // namespace tarn::bench

@@ -58,9 +58,13 @@ struct Syrk
 
 Routine syrk()
 {
-    return describe<Syrk<false>, float, double, std::complex<float>, std::complex<double>>("syrk", reference::blas);
+    return describe<Syrk<false>, float, double, std::complex<float>, std::complex<double>>("syrk", reference::blas,
+                                                                                           blasBound);
 }
 
-Routine herk() { return describe<Syrk<true>, std::complex<float>, std::complex<double>>("herk", reference::blas); }
+Routine herk()
+{
+    return describe<Syrk<true>, std::complex<float>, std::complex<double>>("herk", reference::blas, blasBound);
+}
 
 } // namespace tarn::bench

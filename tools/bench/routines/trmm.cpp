@@ -52,7 +52,7 @@ struct Trmm
 
 Routine trmm()
 {
-    return describe<Trmm, float, double, std::complex<float>, std::complex<double>>("trmm", reference::blas);
+    return describe<Trmm, float, double, std::complex<float>, std::complex<double>>("trmm", reference::blas, blasBound);
 }
 
 } // namespace tarn::bench

@@ -60,7 +60,7 @@ struct Trsm
 
 Routine trsm()
 {
-    return describe<Trsm, float, double, std::complex<float>, std::complex<double>>("trsm", reference::blas);
+    return describe<Trsm, float, double, std::complex<float>, std::complex<double>>("trsm", reference::blas, blasBound);
 }
 
 } // namespace tarn::bench
