@@ -82,6 +82,7 @@ bool someCallFailed() { return failed; }
 
 int announceLaunch(const char* name, dim3 grid, dim3 block)
 {
+    currentCall = name;
     if (!callsObserved.load(std::memory_order_relaxed))
         return 0;
     return observeCall({name, {grid.x, grid.y, grid.z, block.x, block.y, block.z}, {}, 0}, true);

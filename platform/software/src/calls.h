@@ -7,6 +7,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "call_times.h"
 #include "cublas_api.h"
 #include "softdev.h"
 
@@ -65,6 +66,7 @@ int observeCall(SoftdevCall call, bool isLaunch);
 template <class... Args>
 int announceCall(const char* name, Args... args)
 {
+    currentCall = name;
     if (!callsObserved.load(std::memory_order_relaxed))
         return 0;
     SoftdevCall call{name, {}, {}, 0};

@@ -1,5 +1,7 @@
 #include "queue.h"
 
+#include "call_times.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -43,7 +45,7 @@ Ticket Queue::submit(Work work, cudaStream_t stream)
     const std::lock_guard lock(mutex_);
     const Ticket ticket = ++issued_;
     pendingCost_ += work.cost;
-    entries_.push_back({ticket, std::move(work), stream});
+    entries_.push_back({ticket, std::move(work), stream, currentCall});
     wakeIfWorthwhile();
     return ticket;
 }
@@ -57,13 +59,17 @@ cudaError_t Queue::runNow(const std::function<void()>& body, cudaStream_t stream
         if (!executing_ && entries_.empty()) {
             executing_ = true;
             lock.unlock();
-            body();
+            {
+                const CallTime time(currentCall);
+                body();
+            }
             lock.lock();
             complete(ticket, cudaSuccess);
             leaveExecutorRole();
             return takeError(ticket);
         }
-        entries_.push_back({ticket, {[&] { return body(), cudaSuccess; }, 0, false}, stream});
+        Work work{[&] { return body(), cudaSuccess; }, 0, false};
+        entries_.push_back({ticket, std::move(work), stream, currentCall});
     }
     return wait(ticket);
 }
@@ -147,7 +153,10 @@ void Queue::executeNext(std::unique_lock<std::mutex>& lock)
     urgent_ = urgent_ && !entries_.empty();
     pendingCost_ -= entry.work.cost;
     lock.unlock();
-    const cudaError_t result = entry.work.run();
+    const cudaError_t result = [&] {
+        const CallTime time(entry.call);
+        return entry.work.run();
+    }();
     entry.work.run = nullptr;
     lock.lock();
     complete(entry.ticket, result);

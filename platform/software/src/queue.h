@@ -91,6 +91,7 @@ private:
         Ticket ticket;
         Work work;
         cudaStream_t stream;
+        const char* call;
     };
 
     void deviceThread();
