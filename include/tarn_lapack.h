@@ -381,7 +381,7 @@ TARN_API tarnStatus tarnDeviceCgglse(int m, int n, int p, tarnDeviceFloatComplex
  * @param[in] jobvt  "A": all n rows of V^H go to vt; "S": the first k; "O": the first k replace A; "N": none; not "O"
  *                   twice
  * @param[in] m      rows of A
- * @param[in] n      columns of A
+ * @param[in] n      columns of A, at most 1,048,560
  * @param[in,out] a  m by n; destroyed unless a job is "O"
  * @param[in] lda    leading dimension of a, lda >= max(1, m)
  * @param[out] s     k singular values, descending, real
