@@ -56,9 +56,12 @@ class Documents(unittest.TestCase):
                                                      text=True).stdout
                 for option in (word for word in words[2:] if word.startswith("--")):
                     self.assertRegex(helps[words[1]], rf"(?m)^  \S*{option}\b", " ".join(words))
-            elif words[:1] and words[0].startswith("scripts/"):
+            elif words[0].startswith("scripts/"):
                 self.assertTrue((ROOT / words[0]).exists(), words[0])
         self.assertIn("bench", helps)
+        for page in PAGES:
+            for target in re.findall(r"`make ([\w-]+)", page.read_text()):
+                self.assertIn(target, targets, page.name)
 
     def test_links_lead_to_files_and_headings(self):
         for page in PAGES:
@@ -85,6 +88,19 @@ class Documents(unittest.TestCase):
             for name, letters in zip(re.findall(r"`(\w+)`", names), types.split("; "), strict=True):
                 listed |= {f"tarn{form}{letter}{name}" for form in ("", "Device") for letter in letters.split()}
         self.assertEqual(listed, declared)
+
+    def test_infos_of_wrong_arguments_are_their_positions(self):
+        checked = 0
+        for name in ("tarn_core.h", "tarn_lapack.h"):
+            text = (ROOT / "include" / name).read_text()
+            for comment, arguments in re.findall(r"/\*\*((?:(?!\*/).)*)\*/\nTARN_API [^;(]*\(([^;]*)\);", text, re.S):
+                names = [re.search(r"(\w+)\s*$", argument).group(1) for argument in arguments.split(",")]
+                for infos in re.findall(r"@retval tarnArgumentError((?:(?!@retval|@par).)*)", comment, re.S):
+                    for position, argument in re.findall(r"-(\d+):? (\w+)", infos):
+                        if argument in names:
+                            self.assertEqual(names.index(argument) + 1, int(position), infos)
+                            checked += 1
+        self.assertGreater(checked, 100)
 
 
 if __name__ == "__main__":
