@@ -20,7 +20,7 @@ extern "C" {
  * @{
  */
 
-/** Result of every tarn routine. @ref tarnGetStatusString gives the text of a value. */
+/** Result of every tarn routine. tarnGetStatusString() gives the text of a value. */
 typedef enum tarnStatus
 {
     tarnNoError = 0,                       /**< the routine did what it was asked to */
@@ -56,14 +56,14 @@ TARN_API tarnStatus tarnGetLastStatus(void);
 TARN_API tarnInfo tarnGetErrorInfo(void);
 
 /**
- * Records the status of the call that is ending, for @ref tarnGetLastStatus on this thread. For tarn libraries.
+ * Records the status of the call that is ending, for tarnGetLastStatus() on this thread. For tarn libraries.
  *
  * @param[in] status  the status
  */
 TARN_API void tarnSetLastStatus(tarnStatus status);
 
 /**
- * Records the detail of the call that is running, for @ref tarnGetErrorInfo on this thread. For tarn libraries.
+ * Records the detail of the call that is running, for tarnGetErrorInfo() on this thread. For tarn libraries.
  *
  * @param[in] info  the detail
  */

@@ -12,8 +12,8 @@
  * exist for S and C, the BLAS routines for all four. D and Z need a device of compute capability 1.3 or more.
  *
  * All routines are synchronous, run on the CUDA device that is current on the calling thread, and may be called from
- * any thread between @ref tarnInitialize and @ref tarnShutdown. Each returns a status and records it, with its detail,
- * for @ref tarnGetLastStatus and @ref tarnGetErrorInfo. Results are copied back to host memory when the status is
+ * any thread between tarnInitialize() and tarnShutdown(). Each returns a status and records it, with its detail,
+ * for tarnGetLastStatus() and tarnGetErrorInfo(). Results are copied back to host memory when the status is
  * decided: a copy that fails then is not reported.
  *
  * Device forms run on the legacy default stream. They wait for work on ordinary streams, but not for streams made with
@@ -22,7 +22,7 @@
  *
  * Every routine can return these statuses, and what its own description adds:
  *
- * - `tarnNotInitialized`: it was called before @ref tarnInitialize; the recorded info is left alone
+ * - `tarnNotInitialized`: it was called before tarnInitialize(); the recorded info is left alone
  * - `tarnInsufficientComputeCapability`: a D or Z routine on a device without double precision
  * - `tarnArgumentError`: info -k, the k-th argument is wrong; no array was touched
  * - `tarnInsufficientMemory`: host or device memory ran out; arrays in host memory are unchanged
@@ -93,7 +93,7 @@ TARN_API tarnStatus tarnInitialize(void);
 
 /**
  * Takes the calling thread out; the last registered thread takes the library down and frees its device workspace.
- * No routine may be running in another thread then. Does nothing before tarnInitialize.
+ * No routine may be running in another thread then. Does nothing before tarnInitialize().
  */
 TARN_API void tarnShutdown(void);
 
@@ -103,21 +103,50 @@ TARN_API void tarnFreeBuffers(void);
 /**
  * @}
  * @defgroup messages Versions and messages
- * These work before @ref tarnInitialize.
+ * These work before tarnInitialize().
  * @{
  */
 
-/** Version of this library. @return 14000 */
+/**
+ * Version of this library.
+ *
+ * @return 14000
+ */
 TARN_API tarnVersion tarnGetVersion(void);
-/** Oldest CUDA that is served. @return 4010 */
+
+/**
+ * Oldest CUDA that is served.
+ *
+ * @return 4010
+ */
 TARN_API tarnVersion tarnGetCudaMinimumVersion(void);
-/** CUDA runtime in use. @return its version, 0 if it cannot tell */
+
+/**
+ * CUDA runtime in use.
+ *
+ * @return its version, 0 if it cannot tell
+ */
 TARN_API tarnVersion tarnGetCudaRuntimeVersion(void);
-/** CUDA driver in use. @return its version, 0 if it cannot tell */
+
+/**
+ * CUDA driver in use.
+ *
+ * @return its version, 0 if it cannot tell
+ */
 TARN_API tarnVersion tarnGetCudaDriverVersion(void);
-/** Oldest cuBLAS that is served. @return 4010 */
+
+/**
+ * Oldest cuBLAS that is served.
+ *
+ * @return 4010
+ */
 TARN_API tarnVersion tarnGetCublasMinimumVersion(void);
-/** cuBLAS in use. @return its version, 0 if it cannot tell */
+
+/**
+ * cuBLAS in use.
+ *
+ * @return its version, 0 if it cannot tell
+ */
 TARN_API tarnVersion tarnGetCublasRuntimeVersion(void);
 
 /**
@@ -145,7 +174,7 @@ TARN_API tarnStatus tarnGetErrorInfoString(tarnStatus e, tarnInfo i, char* buf, 
 /**
  * @}
  * @defgroup devices Devices
- * All but @ref tarnGetExecutingDevice work before @ref tarnInitialize.
+ * All but tarnGetExecutingDevice() work before tarnInitialize().
  * @{
  */
 
@@ -177,7 +206,7 @@ TARN_API tarnStatus tarnSelectDevice(int dev);
  * @param[out] dev  the device, from 0
  *
  * @retval tarnNoError         the device is there
- * @retval tarnNotInitialized  it was called before @ref tarnInitialize
+ * @retval tarnNotInitialized  it was called before tarnInitialize()
  * @retval tarnArgumentError   info -1: dev is null
  * @retval tarnRuntimeError    info: the CUDA code
  */
