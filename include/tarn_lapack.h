@@ -1,7 +1,10 @@
+/** @file
+ * tarn_lapack: dense linear algebra on an NVIDIA GPU behind LAPACK-shaped calls. */
+
 /**
- * @file
- * tarn_lapack: dense linear algebra on an NVIDIA GPU behind LAPACK-shaped calls.
+ * @defgroup conventions What holds for all routines
  *
+ * @details
  * Matrices are column-major with an explicit leading dimension; dimensions, leading dimensions and increments are
  * 32-bit signed integers counted in elements; pivots are one-based. Character options are single letters, upper or
  * lower case. Workspace is the library's own business.
@@ -229,7 +232,7 @@ TARN_API tarnStatus tarnGetDeviceInfo(int dev, char* buf, int bufsize);
 /**
  * @}
  * @defgroup lu LU factorisation and linear systems
- * In single precision: S and C. Statuses that every routine can return stand at the head of tarn_lapack.h.
+ * In single precision: S and C. Their statuses beside those named here: @ref conventions.
  * @{
  */
 
@@ -288,7 +291,7 @@ TARN_API tarnStatus tarnDeviceCgesv(int n, int nrhs, tarnDeviceFloatComplex* a, 
 /**
  * @}
  * @defgroup qr Orthogonal factorisations and least squares
- * In single precision: S and C. Statuses that every routine can return stand at the head of tarn_lapack.h.
+ * In single precision: S and C. Their statuses beside those named here: @ref conventions.
  * @{
  */
 
@@ -394,7 +397,7 @@ TARN_API tarnStatus tarnDeviceCgglse(int m, int n, int p, tarnDeviceFloatComplex
 /**
  * @}
  * @defgroup svd Singular value decomposition
- * In single precision: S and C. Statuses that every routine can return stand at the head of tarn_lapack.h.
+ * In single precision: S and C. Their statuses beside those named here: @ref conventions.
  * @{
  */
 
@@ -443,7 +446,7 @@ TARN_API tarnStatus tarnDeviceCgesvd(char jobu, char jobvt, int m, int n, tarnDe
 /**
  * @}
  * @defgroup blas3 BLAS level 3
- * In all four precisions. Statuses that every routine can return stand at the head of tarn_lapack.h.
+ * In all four precisions. Their statuses beside those named here: @ref conventions.
  * @{
  */
 
@@ -756,7 +759,7 @@ TARN_API tarnStatus tarnDeviceZher2k(char uplo, char trans, int n, int k, tarnDo
 /**
  * @}
  * @defgroup blas2 BLAS level 2
- * In all four precisions. Statuses that every routine can return stand at the head of tarn_lapack.h.
+ * In all four precisions. Their statuses beside those named here: @ref conventions.
  * @{
  */
 
