@@ -9,7 +9,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").glob("*.md")),
          *sorted((ROOT / "docs" / "guide").glob("*.md"))]
-FOR_USERS = [page for page in PAGES if page.name == "README.md" or page.parent.name == "guide"]
+FOR_USERS = [page for page in PAGES if page.name in ("README.md", "guide.md") or page.parent.name == "guide"]
 TOOL = os.environ.get("TARN_TOOL")
 
 
