@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle format clean
+.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle docs format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -64,6 +64,12 @@ check-cuda: cuda
 gpu-bundle: setup
 	@scripts/install-dependencies libzstd-dev
 	@scripts/gpu-bundle --arch $(GPU_ARCH) --jobs $(JOBS)
+
+# The manuals: build/release/manuals/html/index.html, and man pages in build/release/manuals/man.
+docs: setup
+	@scripts/install-dependencies doxygen python3
+	@cmake --preset release -DTARN_BUILD_DOCS=ON $(CMAKE_FLAGS)
+	@cmake --build --preset release -j $(JOBS) --target docs
 
 format:
 	@git ls-files '*.h' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
