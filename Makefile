@@ -81,7 +81,7 @@ package: setup
 	@tests/package/check-packages build/package/packages .
 
 format:
-	@git ls-files '*.h' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
+	@git ls-files '*.h' '*.hpp' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
 
 clean:
 	rm -rf build gpu-bundle

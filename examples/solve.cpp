@@ -14,7 +14,7 @@ void solve(std::vector<float> a)
     std::vector<int> pivots(b.size());
     const int n = int(b.size());
 
-    tarn::gesv<float>(tarn::MatrixView(a.data(), n, n), {pivots.data(), n}, {b.data(), n, 1});
+    tarn::gesv(tarn::MatrixView(a.data(), n, n), {pivots.data(), n}, {b.data(), n, 1});
     std::printf("x = %.4f, y = %.4f, z = %.4f\n", b[0], b[1], b[2]);
 }
 

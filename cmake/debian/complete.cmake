@@ -19,7 +19,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
 
     set(doc ${root}/usr/share/doc/${package})
     file(MAKE_DIRECTORY ${doc})
-    file(WRITE ${doc}/copyright "tarn: ${CPACK_PACKAGE_DESCRIPTION_SUMMARY}\n\n${licence}")
+    file(WRITE ${doc}/copyright "tarn\n\n${licence}")
     gzipped(${CPACK_TARN_SOURCE}/CHANGELOG.md ${doc}/changelog.gz)
     set(changelog ${CPACK_TEMPORARY_DIRECTORY}/changelog)
     file(WRITE ${changelog} "tarn (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium\n\n"
@@ -27,10 +27,13 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
          " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
     gzipped(${changelog} ${doc}/changelog.Debian.gz)
     if(component STREQUAL runtime)
-        # Libraries that are versioned and released as one.
         set(overrides ${root}/usr/share/lintian/overrides)
         file(MAKE_DIRECTORY ${overrides})
-        file(WRITE ${overrides}/${package} "${package}: package-name-doesnt-match-sonames *\n")
+        file(WRITE ${overrides}/${package}
+             "# The libraries are versioned and released as one.\n"
+             "${package}: package-name-doesnt-match-sonames *\n"
+             "# Its functions read and write a variable of the thread, and call nothing of the C library.\n"
+             "${package}: library-not-linked-against-libc *libtarn_core.so.*\n")
     endif()
 
     # The linker's own folders hold the libraries: no search path of our own.
