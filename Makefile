@@ -69,7 +69,7 @@ check-clang: setup
 	@scripts/install-dependencies clang
 	@CC=clang CXX=clang++ cmake -S tests/package/foreign -B build/clang -G Ninja -DTARN=$(CURDIR) -DBY=FetchContent \
 	       -DTARN_DEVICE=software -DTARN_WERROR=ON -DTARN_BUILD_TESTS=ON $(CMAKE_FLAGS)
-	@cmake --build build/clang -j $(JOBS) --target solve_c solve_cpp solve_device_c kernels_test callers_test
+	@cmake --build build/clang -j $(JOBS) --target programs kernels_test callers_test
 	@ctest --test-dir build/clang --output-on-failure --no-tests=error -R "^(solve|kernels_test|callers_test)"
 
 # Debian packages and a .tar.gz in build/package/packages, tried in a clean root.

@@ -2,6 +2,12 @@
 # of the packages: runtime, development, tool.
 include(CMakePackageConfigHelpers)
 
+if(NOT PROJECT_IS_TOP_LEVEL)
+    # What find_package would tell a project that takes the sources in.
+    set(tarn_lapack_DEVICE ${TARN_PROVIDER} CACHE INTERNAL "What tarn runs on: cuda or software")
+    set(tarn_lapack_FORTRAN_SOURCE ${PROJECT_SOURCE_DIR}/fortran/tarn.f90 CACHE INTERNAL "The module for Fortran")
+endif()
+
 set(fortran_source ${CMAKE_INSTALL_DATADIR}/tarn_lapack/fortran/tarn.f90)
 
 set(package_targets tarn_core tarn_lapack)

@@ -36,7 +36,10 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
              "${package}: library-not-linked-against-libc *libtarn_core.so.*\n")
     endif()
 
-    # The linker's own folders hold the libraries: no search path of our own.
+    # The linker's own folders hold the libraries: no search path, but for the place of a CUDA toolkit.
+    if(CPACK_TARN_PROVIDER STREQUAL cuda)
+        continue()
+    endif()
     file(GLOB_RECURSE files ${root}/usr/bin/* ${root}/usr/lib/*.so.*)
     foreach(file IN LISTS files)
         if(NOT IS_SYMLINK ${file})
