@@ -1,5 +1,5 @@
-# Packages by cpack: three .deb, and a .tar.gz that holds all and may be unpacked anywhere. Debian's layout (libraries in
-# a folder of the architecture) comes with the preset `package`, whose prefix is /usr.
+# Packages by cpack: three .deb, and a .tar.gz that holds all and may be unpacked anywhere. Debian's layout (libraries
+# in a folder of the architecture) comes with the preset `package`, whose prefix is /usr.
 set(TARN_PACKAGE_CONTACT "the tarn authors <tarn@example.org>" CACHE STRING "Who maintains the packages")
 mark_as_advanced(TARN_PACKAGE_CONTACT)
 
@@ -30,7 +30,6 @@ set(CPACK_COMPONENTS_ALL runtime development tool)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

@@ -1,5 +1,5 @@
-# Installation: headers, libraries, tool, and what find_package(tarn_lapack) and pkg-config need. Its components are those
-# of the packages: runtime, development, tool.
+# Installation: headers, libraries, tool, and what find_package(tarn_lapack) and pkg-config need. Its components are
+# those of the packages: runtime, development, tool.
 include(CMakePackageConfigHelpers)
 
 if(NOT PROJECT_IS_TOP_LEVEL)
@@ -47,8 +47,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tarn_lapack-config-versio
 install(FILES ${PROJECT_BINARY_DIR}/tarn_lapack-config.cmake ${PROJECT_BINARY_DIR}/tarn_lapack-config-version.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack COMPONENT development)
 
-# pc_file(name description requires libs cflags [variables]): the installation is found relative to where the file lies, so
-# that it may be moved.
+# pc_file(name description requires libs cflags [variables]): the installation is found relative to where the file lies,
+# so that it may be moved.
 function(pc_file pc_name pc_description pc_requires pc_libs pc_cflags)
     file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
     string(JOIN "\n" pc_variables ${ARGN} "")

@@ -22,7 +22,8 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     file(WRITE ${doc}/copyright "tarn\n\n${licence}")
     gzipped(${CPACK_TARN_SOURCE}/CHANGELOG.md ${doc}/changelog.gz)
     set(changelog ${CPACK_TEMPORARY_DIRECTORY}/changelog)
-    file(WRITE ${changelog} "tarn (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium\n\n"
+    file(WRITE ${changelog}
+         "tarn (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium\n\n"
          "  * Version ${CPACK_PACKAGE_VERSION}; changelog.gz says what changed.\n\n"
          " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
     gzipped(${changelog} ${doc}/changelog.Debian.gz)

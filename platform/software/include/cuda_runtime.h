@@ -1,6 +1,6 @@
 #pragma once
 /// The CUDA runtime calls of the software device: the published names, signatures and numeric values of CUDA 13, as far
-/// as this system uses them, for C and C++. A call that is missing here is missing on purpose: using it is a link error.
+/// as this system uses them, for C and C++. A missing call is missing on purpose: using it is a link error.
 
 #ifdef __cplusplus
 #    include <cstddef>
