@@ -74,7 +74,10 @@ private:
 #ifdef TARN_WIDE_KERNELS
     /// The same, with all that it calls compiled into it for vectors of 64 bytes. Results are the same bit by bit: what
     /// runs in vectors are threads.
-    __attribute__((flatten, target("avx512f,avx512bw,avx512dq,avx512vl"))) void runWide() const { run(); }
+    __attribute__((flatten, target("avx512f,avx512bw,avx512dq,avx512vl,prefer-vector-width=512"))) void runWide() const
+    {
+        run();
+    }
 #endif
 
     std::tuple<Args...> arguments_;
