@@ -1,6 +1,7 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle docs format clean
+.PHONY: setup build test check-all check-clang coverage demo bench performance cuda check-cuda gpu-bundle docs package format \
+        clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -71,8 +72,24 @@ docs: setup
 	@cmake --preset release -DTARN_BUILD_DOCS=ON $(CMAKE_FLAGS)
 	@cmake --build --preset release -j $(JOBS) --target docs
 
+# clang, its warnings errors, on a project that takes the sources in by FetchContent and asks for C++20.
+check-clang: setup
+	@scripts/install-dependencies clang
+	@CC=clang CXX=clang++ cmake -S tests/package/foreign -B build/clang -G Ninja -DTARN=$(CURDIR) -DBY=FetchContent \
+	       -DTARN_DEVICE=software -DTARN_WERROR=ON -DTARN_BUILD_TESTS=ON $(CMAKE_FLAGS)
+	@cmake --build build/clang -j $(JOBS) --target programs kernels_test callers_test
+	@ctest --test-dir build/clang --output-on-failure --no-tests=error -R "^(solve|kernels_test|callers_test)"
+
+# Debian packages and a .tar.gz in build/package/packages, tried in a clean root.
+package: setup
+	@scripts/install-dependencies dpkg-dev file lintian
+	@cmake --preset package $(CMAKE_FLAGS)
+	@cmake --build --preset package -j $(JOBS)
+	@cd build/package && cpack
+	@tests/package/check-packages build/package/packages .
+
 format:
-	@git ls-files '*.h' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
+	@git ls-files '*.h' '*.hpp' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
 
 clean:
 	rm -rf build gpu-bundle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cuda_runtime.h>
+#include <tarndev/Independent>
 
 namespace tarn {
 
@@ -16,20 +17,22 @@ struct Block
     template <class Phase>
     inline __attribute__((always_inline)) void each(Phase&& phase) const
     {
-        for (int ty = 0; ty < Y; ++ty)
-#pragma GCC ivdep
+        for (int ty = 0; ty < Y; ++ty) {
+            TARN_INDEPENDENT
             for (int tx = 0; tx < X; ++tx)
                 phase(tx, ty);
+        }
     }
 
     /// As each, along ty: for phases whose memory is contiguous in ty.
     template <class Phase>
     inline __attribute__((always_inline)) void eachAlongY(Phase&& phase) const
     {
-        for (int tx = 0; tx < X; ++tx)
-#pragma GCC ivdep
+        for (int tx = 0; tx < X; ++tx) {
+            TARN_INDEPENDENT
             for (int ty = 0; ty < Y; ++ty)
                 phase(tx, ty);
+        }
     }
 
     /// phase(tx, ty, step) for every thread of the block and the steps from 0 to `steps` - 1 in order. Runs along ty,
@@ -38,10 +41,11 @@ struct Block
     inline __attribute__((always_inline)) void eachAlongY(int steps, Phase&& phase) const
     {
         for (int tx = 0; tx < X; ++tx)
-            for (int step = 0; step < steps; ++step)
-#pragma GCC ivdep
+            for (int step = 0; step < steps; ++step) {
+                TARN_INDEPENDENT
                 for (int ty = 0; ty < Y; ++ty)
                     phase(tx, ty, step);
+            }
     }
 
     void sync() const {}
@@ -56,7 +60,7 @@ struct Block<X, 1>
     template <class Phase>
     inline __attribute__((always_inline)) void each(Phase&& phase) const
     {
-#pragma GCC ivdep
+        TARN_INDEPENDENT
         for (int t = 0; t < X; ++t)
             phase(t);
     }
@@ -65,7 +69,7 @@ struct Block<X, 1>
     template <class Phase>
     inline __attribute__((always_inline)) void eachBelow(int count, Phase&& phase) const
     {
-#pragma GCC ivdep
+        TARN_INDEPENDENT
         for (int t = 0; t < count; ++t)
             phase(t);
     }

@@ -1,8 +1,14 @@
 #pragma once
 /// The CUDA runtime calls of the software device: the published names, signatures and numeric values of CUDA 13, as far
-/// as this system uses them. A call that is missing here is missing on purpose: using it is a link error.
+/// as this system uses them, for C and C++. A missing call is missing on purpose: using it is a link error.
 
-#include <cstddef>
+#ifdef __cplusplus
+#    include <cstddef>
+#    define SOFTDEV_DEFAULT(value) = value
+#else
+#    define SOFTDEV_DEFAULT(value)
+#endif
+#include <stddef.h>
 
 #define CUDART_VERSION 13000
 
@@ -43,6 +49,7 @@ enum cudaMemcpyKind
 
 typedef struct CUstream_st* cudaStream_t;
 
+#ifdef __cplusplus
 struct uint3
 {
     unsigned int x, y, z;
@@ -65,15 +72,16 @@ struct alignas(16) double2
 {
     double x, y;
 };
+#endif
 
 struct cudaDeviceProp
 {
     char name[256];
-    std::size_t totalGlobalMem;    ///< bytes
-    std::size_t sharedMemPerBlock; ///< bytes
+    size_t totalGlobalMem;    ///< bytes
+    size_t sharedMemPerBlock; ///< bytes
     int regsPerBlock;
     int warpSize;
-    std::size_t memPitch; ///< largest pitch of a copy, bytes
+    size_t memPitch; ///< largest pitch of a copy, bytes
     int maxThreadsPerBlock;
     int maxThreadsDim[3];
     int maxGridSize[3];
@@ -83,55 +91,62 @@ struct cudaDeviceProp
     int asyncEngineCount;
 };
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 cudaError_t cudaRuntimeGetVersion(int* version);
 cudaError_t cudaDriverGetVersion(int* version);
 cudaError_t cudaGetDeviceCount(int* count);
-cudaError_t cudaGetDeviceProperties(cudaDeviceProp* prop, int device);
+cudaError_t cudaGetDeviceProperties(struct cudaDeviceProp* prop, int device);
 cudaError_t cudaGetDevice(int* device);
 cudaError_t cudaSetDevice(int device);
-cudaError_t cudaDeviceSynchronize();
-cudaError_t cudaGetLastError();
+cudaError_t cudaDeviceSynchronize(void);
+cudaError_t cudaGetLastError(void);
 const char* cudaGetErrorString(cudaError_t error);
 
-cudaError_t cudaMalloc(void** devPtr, std::size_t size);
-cudaError_t cudaMallocPitch(void** devPtr, std::size_t* pitch, std::size_t width, std::size_t height);
+cudaError_t cudaMalloc(void** devPtr, size_t size);
+cudaError_t cudaMallocPitch(void** devPtr, size_t* pitch, size_t width, size_t height);
 cudaError_t cudaFree(void* devPtr);
-cudaError_t cudaMallocHost(void** ptr, std::size_t size);
+cudaError_t cudaMallocHost(void** ptr, size_t size);
 cudaError_t cudaFreeHost(void* ptr);
 
-cudaError_t cudaMemcpy(void* dst, const void* src, std::size_t count, cudaMemcpyKind kind);
-cudaError_t cudaMemcpyAsync(void* dst, const void* src, std::size_t count, cudaMemcpyKind kind,
-                            cudaStream_t stream = nullptr);
-cudaError_t cudaMemcpy2D(void* dst, std::size_t dpitch, const void* src, std::size_t spitch, std::size_t width,
-                         std::size_t height, cudaMemcpyKind kind);
-cudaError_t cudaMemcpy2DAsync(void* dst, std::size_t dpitch, const void* src, std::size_t spitch, std::size_t width,
-                              std::size_t height, cudaMemcpyKind kind, cudaStream_t stream = nullptr);
-cudaError_t cudaMemset(void* devPtr, int value, std::size_t count);
+cudaError_t cudaMemcpy(void* dst, const void* src, size_t count, enum cudaMemcpyKind kind);
+cudaError_t cudaMemcpyAsync(void* dst, const void* src, size_t count, enum cudaMemcpyKind kind,
+                            cudaStream_t stream SOFTDEV_DEFAULT(0));
+cudaError_t cudaMemcpy2D(void* dst, size_t dpitch, const void* src, size_t spitch, size_t width, size_t height,
+                         enum cudaMemcpyKind kind);
+cudaError_t cudaMemcpy2DAsync(void* dst, size_t dpitch, const void* src, size_t spitch, size_t width, size_t height,
+                              enum cudaMemcpyKind kind, cudaStream_t stream SOFTDEV_DEFAULT(0));
+cudaError_t cudaMemset(void* devPtr, int value, size_t count);
 
 cudaError_t cudaStreamCreate(cudaStream_t* stream);
 cudaError_t cudaStreamDestroy(cudaStream_t stream);
 cudaError_t cudaStreamSynchronize(cudaStream_t stream);
+#ifdef __cplusplus
 }
+#endif
 
 #pragma GCC visibility pop
 
+#ifdef __cplusplus
 template <class T>
-inline cudaError_t cudaMalloc(T** devPtr, std::size_t size)
+inline cudaError_t cudaMalloc(T** devPtr, size_t size)
 {
     return cudaMalloc(reinterpret_cast<void**>(devPtr), size);
 }
 
 template <class T>
-inline cudaError_t cudaMallocPitch(T** devPtr, std::size_t* pitch, std::size_t width, std::size_t height)
+inline cudaError_t cudaMallocPitch(T** devPtr, size_t* pitch, size_t width, size_t height)
 {
     return cudaMallocPitch(reinterpret_cast<void**>(devPtr), pitch, width, height);
 }
 
 template <class T>
-inline cudaError_t cudaMallocHost(T** ptr, std::size_t size)
+inline cudaError_t cudaMallocHost(T** ptr, size_t size)
 {
     return cudaMallocHost(reinterpret_cast<void**>(ptr), size);
 }
 
-#include "softdev_kernel.h"
+#    include "softdev_kernel.h"
+#endif
+#undef SOFTDEV_DEFAULT

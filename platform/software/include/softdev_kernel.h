@@ -27,7 +27,7 @@ struct SoftBlock
 /// The calling thread's block. The launcher sets it before each block; outside a kernel it is the last block that the
 /// thread ran.
 #pragma GCC visibility push(default)
-extern "C" SoftBlock& tarnSoftBlock() noexcept __attribute__((const));
+SoftBlock& tarnSoftBlock() noexcept __attribute__((const));
 #pragma GCC visibility pop
 
 #define blockIdx (tarnSoftBlock().blockIdx)

@@ -103,7 +103,7 @@ thread_local SoftBlock currentBlock;
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) SoftBlock& tarnSoftBlock() noexcept { return currentBlock; }
+__attribute__((visibility("default"))) SoftBlock& tarnSoftBlock() noexcept { return currentBlock; }
 
 cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBlock, std::function<void()> runBlock)
 {

@@ -10,6 +10,8 @@
 #include <type_traits>
 #include <vector>
 
+#include <tarndev/Independent>
+
 #include "counters.h"
 #include "program.h"
 #include "shadow.h"
@@ -105,7 +107,7 @@ public:
     void forActive(const Visit& visit) const
     {
         if (int(active_->size()) == threads_) {
-#pragma GCC ivdep
+            TARN_INDEPENDENT
             for (int t = 0; t < threads_; ++t)
                 visit(t);
         } else {
