@@ -17,6 +17,7 @@ else()
     target_link_libraries(tarn_device_interface INTERFACE CUDA::cudart) # the package finds the user's toolkit
 endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS tarn_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/tarn_core.h include/tarn_lapack.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT tarn_lapack_targets FILE tarn_lapack-targets.cmake NAMESPACE tarn::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack)

@@ -42,7 +42,8 @@ int runTool(int argc, char** argv)
     app.set_version_flag("--version", "tarn " + libraryVersion());
     // None at all is refused below: CLI11 would else say that of a misspelt one too.
     app.require_subcommand(0, 1);
-    const Command commands[] = {addInfo(app), addSolve(app), addLstsq(app), addSvd(app), addBench(app), addDemo(app)};
+    const Command commands[] = {addInfo(app),  addSolve(app), addLstsq(app), addSvd(app),
+                                addBench(app), addDemo(app),  addRun(app),   addReport(app)};
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -20,6 +20,8 @@ Command addLstsq(CLI::App& tarn);
 Command addSvd(CLI::App& tarn);
 Command addBench(CLI::App& tarn);
 Command addDemo(CLI::App& tarn);
+Command addRun(CLI::App& tarn);
+Command addReport(CLI::App& tarn);
 
 /// Runs the tool: 0, or 1 after a failure, or 2 for a command line that does not parse, each with one line on the error
 /// stream.
