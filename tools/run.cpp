@@ -1,6 +1,7 @@
 // tarn run: a program with the drop-in library before its BLAS and LAPACK. tarn report: what a log of it tells.
 #include "call_report.h"
 #include "commands.h"
+#include "dropin_library.h"
 #include "failure.h"
 
 #include <fmt/format.h>
@@ -14,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,18 +30,6 @@ struct RunOptions
     std::vector<std::string> command;
     bool report = false;
 };
-
-/// The drop-in library lies beside the library that this program uses.
-std::string dropinLibrary()
-{
-    Dl_info info;
-    if (!dladdr(reinterpret_cast<void*>(&tarnGetVersion), &info))
-        throw Failure("cannot tell where libtarn_lapack lies");
-    const auto library = std::filesystem::absolute(info.dli_fname).parent_path() / "libtarn_blas.so";
-    if (!std::filesystem::exists(library))
-        throw Failure(fmt::format("{} is not there", library.string()));
-    return library.string();
-}
 
 /// Puts the library first in the list of those that are loaded before all others.
 void preload(const std::string& library)
