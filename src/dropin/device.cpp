@@ -10,7 +10,7 @@
 
 namespace tarn::dropin {
 
-thread_local bool suspended = false;
+thread_local int suspended = 0;
 
 namespace {
 
@@ -136,8 +136,13 @@ bool deviceIsUp()
         return known == State::up;
     const Suspension own; // starting it may call the CPU BLAS
     const std::lock_guard lock(shared().mutex);
-    if (state == State::untouched)
-        state = start(shared());
+    if (state == State::untouched) {
+        try {
+            state = start(shared());
+        } catch (...) {
+            state = State::unusable; // for lack of memory; the CPU may still have enough
+        }
+    }
     return state == State::up;
 }
 
@@ -183,3 +188,6 @@ void watchForks(void (*inChild)())
 }
 
 } // namespace tarn::dropin
+
+/// For the library, in whose routines the calling thread hands on all calls, whoever called the routine.
+extern "C" TARN_API void tarn_blas_suspend(int step) { tarn::dropin::suspended += step; }

@@ -8,20 +8,17 @@
 
 namespace tarn::dropin {
 
-/// Whether the calling thread is inside of the library or of a CPU routine whose calls are not to be answered anew. The
-/// CPU LAPACK calls the BLAS by the names that the drop-in answers, for the library's panels too.
-extern thread_local bool suspended __attribute__((tls_model("initial-exec")));
+/// How many times the calling thread is inside of the library or of a CPU routine whose calls are not to be answered
+/// anew. The CPU LAPACK calls the BLAS by the names that the drop-in answers, for the library's panels too.
+extern thread_local int suspended __attribute__((tls_model("initial-exec")));
 
 class Suspension
 {
 public:
-    Suspension() : before_(suspended) { suspended = true; }
-    ~Suspension() { suspended = before_; }
+    Suspension() { ++suspended; }
+    ~Suspension() { --suspended; }
     Suspension(const Suspension&) = delete;
     Suspension& operator=(const Suspension&) = delete;
-
-private:
-    const bool before_;
 };
 
 /// Whether calls can go to the device; brings it up if nobody has. Once false it stays so: the library is not there,
