@@ -22,11 +22,11 @@ for dtype in (np.float32, np.complex64):
     a, b, tall, right = drawn(n, n), drawn(n, 7), drawn(400, 120), drawn(400, 3)
     q, r = la.qr(a)
     a = a + np.asarray(60 * q, dtype=dtype)  # well conditioned, so that two right answers are near to each other
-    lapack = {name: la.get_lapack_funcs(name, (a,)) for name in ("gels", "gglse")}
+    lapack = {name: la.get_lapack_funcs(name, (a,)) for name in ("gesv", "gels", "gglse")}
     q, r = la.qr(a)
     u, s, vh = la.svd(tall, full_matrices=False, lapack_driver="gesvd")
     keep("solve", la.solve(a, b))
-    keep("numpy solve", np.linalg.solve(a, b))
+    keep("gesv", lapack["gesv"](a, b)[2])
     keep("lstsq", la.lstsq(tall, right)[0])
     keep("gels", lapack["gels"](tall, right)[1][:120])
     keep("gglse", lapack["gglse"](tall, drawn(20, 120), right[:, 0], drawn(20))[3])
