@@ -15,7 +15,7 @@ build: setup
 	@cmake --build --preset release -j $(JOBS)
 
 # Programs that the tests run under the drop-in library.
-TEST_PACKAGES = libblas-test liblapack-test python3-scipy openmpi-bin libscalapack-openmpi-dev
+TEST_PACKAGES = libblas-test liblapack-test python3-scipy octave openmpi-bin libscalapack-openmpi-dev
 
 test:
 	@scripts/install-dependencies $(TEST_PACKAGES)
