@@ -1,5 +1,4 @@
-// The drop-in library in front of the CPU LAPACK of this program: the link order puts it there. The limit of 1000 flops
-// that these tests run with lets tiny calls stay on the CPU.
+// The drop-in library in front of the CPU LAPACK of this program: the link order puts it there.
 #include "dropin/fortran.h"
 #include "families/svd.h"
 #include "support/device.h"
@@ -20,6 +19,18 @@
 tarnInfo tarn::dropin::errorInfo() { return 1; }
 
 namespace {
+
+/// The drop-in reads its variables when it is loaded: starts the program anew with a limit that lets tiny calls stay on
+/// the CPU, and with calls counted.
+[[gnu::constructor]] void startWithLimits(int, char** argv, char**)
+{
+    if (std::getenv("TARN_BLAS_MIN_FLOPS"))
+        return;
+    setenv("TARN_BLAS_MIN_FLOPS", "1000", 1);
+    setenv("TARN_BLAS_MIN_FLOPS_PER_BYTE", "0", 1);
+    setenv("TARN_BLAS_LOG", "/dev/null", 1);
+    execv("/proc/self/exe", argv);
+}
 
 using namespace test;
 using Floats = Matrix<float>;
@@ -151,7 +162,7 @@ TEST_F(Dropin, InfoAndWorkAreThoseOfTheCpu)
     EXPECT_EQ(byDropin(false, length).second, byCpu(false, query).second);
 }
 
-/// Runs body in a child process and returns the report that it writes. Needs TARN_BLAS_LOG from the start on.
+/// Runs body in a child process and returns the report that it writes.
 std::string reportOf(const std::function<bool()>& body)
 {
     const std::string file = testing::TempDir() + "/dropin_test." + std::to_string(getpid());
