@@ -42,7 +42,10 @@ Outcome runOnDevice(Routine& routine, const Call& call, Cpu* cpu)
         return Outcome::declined;
     const Suspension suspension;
     const DeviceScope scope;
-    const Outcome outcome = call.run(reinterpret_cast<typename Call::Device*>(device));
+    const auto run = [&] { return call.run(reinterpret_cast<typename Call::Device*>(device)); };
+    Outcome outcome = run();
+    if (outcome == Outcome::failed && comesUpAgain())
+        outcome = run();
     if (outcome == Outcome::answered)
         leaveWork(call, cpu, 0);
     return outcome;

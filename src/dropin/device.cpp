@@ -26,6 +26,7 @@ struct Library
 {
     void* handle = nullptr;
     decltype(&tarnInitialize) initialize = nullptr;
+    decltype(&tarnGetLastStatus) lastStatus = nullptr;
     decltype(&tarnGetStatusString) statusString = nullptr;
     decltype(&tarnGetErrorInfo) errorInfo = nullptr;
     decltype(&tarnGetDeviceCount) deviceCount = nullptr;
@@ -35,7 +36,8 @@ struct Library
 };
 
 std::atomic<State> state{State::untouched};
-int wantedDevice = -1; ///< -1: whatever is current
+thread_local bool starting = false; ///< this thread holds a StartLock
+int wantedDevice = -1;              ///< -1: whatever is current
 
 /// Never destroyed: programs compute in their exit handlers too.
 struct Shared
@@ -51,6 +53,20 @@ Shared& shared()
     return shared;
 }
 
+/// Holds the mutex while the library is loaded and started. A driver may fork for that, to run a program that makes its
+/// device nodes: such a fork must not wait for the mutex.
+class StartLock
+{
+public:
+    StartLock() : lock_(shared().mutex) { starting = true; }
+    ~StartLock() { starting = false; }
+    StartLock(const StartLock&) = delete;
+    StartLock& operator=(const StartLock&) = delete;
+
+private:
+    std::lock_guard<std::mutex> lock_;
+};
+
 template <class Function>
 bool find(void* handle, const char* name, Function*& function)
 {
@@ -65,6 +81,7 @@ bool load(Library& library)
         return true;
     void* const handle = dlopen(TARN_LAPACK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     const bool complete = handle && find(handle, "tarnInitialize", library.initialize) &&
+                          find(handle, "tarnGetLastStatus", library.lastStatus) &&
                           find(handle, "tarnGetStatusString", library.statusString) &&
                           find(handle, "tarnGetErrorInfo", library.errorInfo) &&
                           find(handle, "tarnGetDeviceCount", library.deviceCount) &&
@@ -117,8 +134,22 @@ State start(Shared& s)
 
 void (*childHandler)() = nullptr;
 
+void beforeFork()
+{
+    if (!starting)
+        shared().mutex.lock();
+}
+
+void afterForkInParent()
+{
+    if (!starting)
+        shared().mutex.unlock();
+}
+
 void afterForkInChild()
 {
+    if (starting)
+        return; // it will become another program
     if (state == State::up) {
         state = State::unusable;
         shared().description = "none, since the process forked after its first call";
@@ -135,7 +166,7 @@ bool deviceIsUp()
     if (known != State::untouched)
         return known == State::up;
     const Suspension own; // starting it may call the CPU BLAS
-    const std::lock_guard lock(shared().mutex);
+    const StartLock lock;
     if (state == State::untouched) {
         try {
             state = start(shared());
@@ -146,6 +177,14 @@ bool deviceIsUp()
     return state == State::up;
 }
 
+bool comesUpAgain()
+{
+    if (shared().library.lastStatus() != tarnNotInitialized)
+        return false;
+    const StartLock lock;
+    return shared().library.initialize() == tarnNoError;
+}
+
 void* libraryFunction(const char* name)
 {
     void* const handle = shared().library.handle;
@@ -154,7 +193,7 @@ void* libraryFunction(const char* name)
 
 void* libraryCpuRoutine(const char* name)
 {
-    const std::lock_guard lock(shared().mutex);
+    const StartLock lock;
     return load(shared().library) ? dlsym(shared().library.handle, name) : nullptr;
 }
 
@@ -184,7 +223,7 @@ DeviceScope::~DeviceScope()
 void watchForks(void (*inChild)())
 {
     childHandler = inChild;
-    pthread_atfork([] { shared().mutex.lock(); }, [] { shared().mutex.unlock(); }, afterForkInChild);
+    pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
 }
 
 } // namespace tarn::dropin

@@ -25,6 +25,10 @@ public:
 /// does not start, or this is a child of a process that forked after it had started, in which no device works.
 bool deviceIsUp();
 
+/// After a failed call: whether it failed because the program, which uses the library too, had shut it down, and that
+/// it is up again.
+bool comesUpAgain();
+
 /// The function of that name of the library; null if it is not loaded.
 void* libraryFunction(const char* name);
 

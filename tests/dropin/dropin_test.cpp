@@ -103,6 +103,18 @@ TEST_F(Dropin, FailuresAreAnsweredByTheCpu)
     }
 }
 
+/// A program that uses the library itself may shut it down.
+TEST_F(Dropin, ComesUpAgainAfterTheProgramsShutdown)
+{
+    System first(40), second(40);
+    first.solve(sgesv_);
+    EXPECT_EQ(tarnInitialize(), tarnNoError);
+    tarnShutdown();
+    const auto log = logOf([&] { second.solve(sgesv_); });
+    EXPECT_GT(countCalls(log, "cublasStrsm_v2"), 0);
+    EXPECT_TRUE(identical(first.B, second.B));
+}
+
 /// Where the iteration does not converge, LAPACK leaves things behind that the library does not: the CPU begins anew.
 TEST_F(Dropin, SvdWithoutConvergenceBeginsAnew)
 {
