@@ -6,7 +6,7 @@
 
 #include "tarn_lapack.h"
 
-#include <dlfcn.h>
+#include <direct_call.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,7 +39,7 @@ using Floats = Matrix<float>;
 template <class Routine>
 Routine* onCpu(Routine*, const char* name)
 {
-    static void* const library = dlopen("libtarn_lapack.so", RTLD_NOW | RTLD_NOLOAD);
+    static void* const library = tarn::handleOfObjectAt(reinterpret_cast<const void*>(&tarnGetVersion));
     return reinterpret_cast<Routine*>(dlsym(library, name));
 }
 #define ON_CPU(name) onCpu(&name, #name)

@@ -12,7 +12,7 @@ const Limit defaultLimits[kinds] = {
     {never, 0}, // level 3
     {never, 0}, // LU
     {7e8, 0},   // QR and least squares: from order 800 on
-    {3e10, 0},  // with constraints: from order 2000 on
+    {5e9, 0},   // with constraints: from 1800 equations in 900 unknowns on
     {never, 0}, // singular values
     {4e8, 0},   // singular vectors: from order 256 on
 };
