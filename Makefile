@@ -1,7 +1,7 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all check-clang coverage demo bench performance cuda check-cuda gpu-bundle docs package format \
-        clean
+.PHONY: setup build test check-all check-clang coverage demo cluster bench performance cuda check-cuda gpu-bundle docs package \
+        format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -15,7 +15,12 @@ build: setup
 	@cmake --preset release $(CMAKE_FLAGS)
 	@cmake --build --preset release -j $(JOBS)
 
-test: build
+# Programs that the tests run under the drop-in library.
+TEST_PACKAGES = libblas-test liblapack-test python3-scipy octave openmpi-bin libscalapack-openmpi-dev
+
+test:
+	@scripts/install-dependencies $(TEST_PACKAGES)
+	@$(MAKE) --no-print-directory build
 	@ctest --preset release -j 1
 
 # The tests, and all of them again under the address and undefined-behaviour sanitizers.
@@ -39,6 +44,12 @@ demo: setup
 	@cmake --preset release $(CMAKE_FLAGS)
 	@cmake --build --preset release -j $(JOBS) --target tarn
 	@build/release/bin/tarn demo
+
+# The ScaLAPACK example on one process and on four.
+cluster:
+	@scripts/install-dependencies openmpi-bin libscalapack-openmpi-dev
+	@$(MAKE) --no-print-directory build
+	@examples/cluster/run build/release
 
 bench: build
 	@build/release/bin/tarn bench --routine all --type s --size 512,1024,2048,4096

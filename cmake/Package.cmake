@@ -28,6 +28,7 @@ else()
 endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS tarn_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 install(FILES include/tarn_core.h include/tarn_lapack.h include/tarn.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT development)
 install(FILES fortran/tarn.f90 DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn_lapack/fortran COMPONENT development)

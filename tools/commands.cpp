@@ -81,7 +81,7 @@ int runTool(int argc, char** argv)
     // None at all is refused below: CLI11 would else say that of a misspelt one too.
     app.require_subcommand(0, 1);
     const Command commands[] = {addInfo(app),  addSolve(app), addLstsq(app), addSvd(app),
-                                addBench(app), addDemo(app),  addHelp(app)};
+                                addBench(app), addDemo(app),  addRun(app),   addReport(app), addHelp(app)};
     app.allow_extras(); // they are refused below
     try {
         app.parse(argc, argv);

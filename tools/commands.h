@@ -21,6 +21,8 @@ Command addLstsq(CLI::App& tarn);
 Command addSvd(CLI::App& tarn);
 Command addBench(CLI::App& tarn);
 Command addDemo(CLI::App& tarn);
+Command addRun(CLI::App& tarn);
+Command addReport(CLI::App& tarn);
 Command addHelp(CLI::App& tarn);
 
 /// The command of that name; raises UsageError, listing those that there are, where there is none.

@@ -5,6 +5,7 @@
 #include "frame/exceptions.h"
 
 #include <device_glue.h>
+#include <direct_call.h>
 
 #include <algorithm>
 #include <memory>
@@ -14,58 +15,58 @@ namespace tarn::cpu {
 
 namespace {
 
-/// The CPU routines of an element type.
+/// The CPU routines of an element type, bound directly: none of this work is for who stands before the CPU LAPACK.
 template <class T>
 struct Calls;
 
 template <>
 struct Calls<float>
 {
-    static constexpr auto getrf = sgetrf_;
-    static constexpr auto getrf2 = sgetrf2_;
-    static constexpr auto geqr2 = sgeqr2_;
-    static constexpr auto gelqf = sgelqf_;
-    static constexpr auto gerqf = sgerqf_;
-    static constexpr auto gebd2 = sgebd2_;
-    static constexpr auto orgqr = sorgqr_;
-    static constexpr auto orglq = sorglq_;
-    static constexpr auto ormqr = sormqr_;
-    static constexpr auto ormlq = sormlq_;
-    static constexpr auto ormrq = sormrq_;
-    static constexpr auto larfg = slarfg_;
-    static constexpr auto larft = slarft_;
-    static constexpr auto larfb = slarfb_;
-    static constexpr auto gemm = sgemm_;
-    static constexpr auto trmm = strmm_;
-    static constexpr auto gemv = sgemv_;
-    static constexpr auto axpy = saxpy_;
-    static constexpr auto copy = scopy_;
-    static constexpr auto scal = sscal_;
+    static inline const auto getrf = TARN_DIRECT(sgetrf_);
+    static inline const auto getrf2 = TARN_DIRECT(sgetrf2_);
+    static inline const auto geqr2 = TARN_DIRECT(sgeqr2_);
+    static inline const auto gelqf = TARN_DIRECT(sgelqf_);
+    static inline const auto gerqf = TARN_DIRECT(sgerqf_);
+    static inline const auto gebd2 = TARN_DIRECT(sgebd2_);
+    static inline const auto orgqr = TARN_DIRECT(sorgqr_);
+    static inline const auto orglq = TARN_DIRECT(sorglq_);
+    static inline const auto ormqr = TARN_DIRECT(sormqr_);
+    static inline const auto ormlq = TARN_DIRECT(sormlq_);
+    static inline const auto ormrq = TARN_DIRECT(sormrq_);
+    static inline const auto larfg = TARN_DIRECT(slarfg_);
+    static inline const auto larft = TARN_DIRECT(slarft_);
+    static inline const auto larfb = TARN_DIRECT(slarfb_);
+    static inline const auto gemm = TARN_DIRECT(sgemm_);
+    static inline const auto trmm = TARN_DIRECT(strmm_);
+    static inline const auto gemv = TARN_DIRECT(sgemv_);
+    static inline const auto axpy = TARN_DIRECT(saxpy_);
+    static inline const auto copy = TARN_DIRECT(scopy_);
+    static inline const auto scal = TARN_DIRECT(sscal_);
 };
 
 template <>
 struct Calls<Complex<float>>
 {
-    static constexpr auto getrf = cgetrf_;
-    static constexpr auto getrf2 = cgetrf2_;
-    static constexpr auto geqr2 = cgeqr2_;
-    static constexpr auto gelqf = cgelqf_;
-    static constexpr auto gerqf = cgerqf_;
-    static constexpr auto gebd2 = cgebd2_;
-    static constexpr auto orgqr = cungqr_;
-    static constexpr auto orglq = cunglq_;
-    static constexpr auto ormqr = cunmqr_;
-    static constexpr auto ormlq = cunmlq_;
-    static constexpr auto ormrq = cunmrq_;
-    static constexpr auto larfg = clarfg_;
-    static constexpr auto larft = clarft_;
-    static constexpr auto larfb = clarfb_;
-    static constexpr auto gemm = cgemm_;
-    static constexpr auto trmm = ctrmm_;
-    static constexpr auto gemv = cgemv_;
-    static constexpr auto axpy = caxpy_;
-    static constexpr auto copy = ccopy_;
-    static constexpr auto scal = cscal_;
+    static inline const auto getrf = TARN_DIRECT(cgetrf_);
+    static inline const auto getrf2 = TARN_DIRECT(cgetrf2_);
+    static inline const auto geqr2 = TARN_DIRECT(cgeqr2_);
+    static inline const auto gelqf = TARN_DIRECT(cgelqf_);
+    static inline const auto gerqf = TARN_DIRECT(cgerqf_);
+    static inline const auto gebd2 = TARN_DIRECT(cgebd2_);
+    static inline const auto orgqr = TARN_DIRECT(cungqr_);
+    static inline const auto orglq = TARN_DIRECT(cunglq_);
+    static inline const auto ormqr = TARN_DIRECT(cunmqr_);
+    static inline const auto ormlq = TARN_DIRECT(cunmlq_);
+    static inline const auto ormrq = TARN_DIRECT(cunmrq_);
+    static inline const auto larfg = TARN_DIRECT(clarfg_);
+    static inline const auto larft = TARN_DIRECT(clarft_);
+    static inline const auto larfb = TARN_DIRECT(clarfb_);
+    static inline const auto gemm = TARN_DIRECT(cgemm_);
+    static inline const auto trmm = TARN_DIRECT(ctrmm_);
+    static inline const auto gemv = TARN_DIRECT(cgemv_);
+    static inline const auto axpy = TARN_DIRECT(caxpy_);
+    static inline const auto copy = TARN_DIRECT(ccopy_);
+    static inline const auto scal = TARN_DIRECT(cscal_);
 };
 
 template <class T>
@@ -235,20 +236,20 @@ void larfb(char side, char trans, char direct, char storev, int m, int n, int k,
 
 void lacgv(int n, Complex<float>* x, int incx) { clacgv_(&n, x, &incx); }
 
-void lartg(float f, float g, float* cs, float* sn, float* r) { slartg_(&f, &g, cs, sn, r); }
+void lartg(float f, float g, float* cs, float* sn, float* r) { TARN_DIRECT(slartg_)(&f, &g, cs, sn, r); }
 
-void las2(float f, float g, float h, float* ssmin, float* ssmax) { slas2_(&f, &g, &h, ssmin, ssmax); }
+void las2(float f, float g, float h, float* ssmin, float* ssmax) { TARN_DIRECT(slas2_)(&f, &g, &h, ssmin, ssmax); }
 
 void lasv2(float f, float g, float h, float* ssmin, float* ssmax, float* snr, float* csr, float* snl, float* csl)
 {
-    slasv2_(&f, &g, &h, ssmin, ssmax, snr, csr, snl, csl);
+    TARN_DIRECT(slasv2_)(&f, &g, &h, ssmin, ssmax, snr, csr, snl, csl);
 }
 
 void lasq1(int n, float* d, float* e)
 {
     const auto work = workspace<float>(4 * n);
     int info = 0;
-    slasq1_(&n, d, e, work.get(), &info);
+    TARN_DIRECT(slasq1_)(&n, d, e, work.get(), &info);
     checkInfo(info);
 }
 

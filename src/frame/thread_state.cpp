@@ -8,6 +8,10 @@
 #include <array>
 #include <utility>
 
+/// Of the drop-in library, if it answers the BLAS and LAPACK names in this process: with 1 it hands on what this thread
+/// calls, until -1 takes that back. The CPU LAPACK calls the BLAS by these names while it works for a routine.
+extern "C" [[gnu::weak]] void tarn_blas_suspend(int step);
+
 namespace tarn {
 
 namespace {
@@ -66,6 +70,12 @@ auto withTssFailure(const char* text, Make&& make)
     }
 }
 
+void suspendDropin(int step)
+{
+    if (tarn_blas_suspend)
+        tarn_blas_suspend(step);
+}
+
 ThreadState& requireState()
 {
     if (!threadState().get())
@@ -93,6 +103,7 @@ void enterRoutine()
     withTssFailure<velk::CudaRuntimeException>("TSS failure", [] {
         ThreadState& state = requireState();
         ++state.depth;
+        suspendDropin(1);
         state.device = currentDevice();
     });
 }
@@ -101,7 +112,10 @@ void leaveRoutine() noexcept
 {
     try {
         ThreadState* state = threadState().get();
-        if (state && --state->depth <= 0)
+        if (!state)
+            return;
+        suspendDropin(-1);
+        if (--state->depth <= 0)
             threadState().reset();
     } catch (...) {
         // Nothing can be done for a thread whose storage fails.

@@ -2,6 +2,7 @@
 #include "../failure.h"
 #include "../option_checks.h"
 #include "../progress.h"
+#include "dropin.h"
 #include "kernels.h"
 #include "routine.h"
 #include "table.h"
@@ -27,7 +28,7 @@ struct Options
     std::vector<std::string> sizes = {"1024"};
     int nrhs = 10, repeats = 0;
     std::vector<int> threads; ///< of callers at a time; empty: one, call by call
-    bool json = false, csv = false, list = false, kernels = false;
+    bool json = false, csv = false, list = false, kernels = false, dropin = false;
 };
 
 /// Appends what "N" or "N:N2:STEP" means: the sizes N, N + STEP, ... up to N2.
@@ -225,6 +226,8 @@ int runBench(const Options& options)
         list();
         return 0;
     }
+    if (options.dropin)
+        return benchDropin();
     std::vector<int> sizes;
     for (const std::string& text : options.sizes)
         appendSizes(sizes, text);
@@ -312,6 +315,8 @@ Command addBench(CLI::App& tarn)
            "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
            "other options --size and --repeat count")
         ->excludes(json);
+    app->add_flag("--dropin", options->dropin,
+                  "Measure what the drop-in library costs a call that stays on the CPU; no other option counts");
     app->add_option("--threads", options->threads,
                     "Threads that call at a time, several numbers with commas between: calls per second of all "
                     "together on host pointers, and their share of those of the first number")

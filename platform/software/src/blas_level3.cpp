@@ -153,8 +153,8 @@ extern "C" {
                                       int m, int n, int k, const T* alpha, const T* A, int lda, const T* B, int ldb,   \
                                       const T* beta, T* C, int ldc)                                                    \
     {                                                                                                                  \
-        return gemm<T>("cublas" #L "gemm_v2", l##gemm_, handle, transa, transb, m, n, k, alpha, A, lda, B, ldb, beta,  \
-                       C, ldc);                                                                                        \
+        return gemm<T>("cublas" #L "gemm_v2", TARN_DIRECT(l##gemm_), handle, transa, transb, m, n, k, alpha, A, lda,   \
+                       B, ldb, beta, C, ldc);                                                                          \
     }
 TARN_GEMM(S, s, float)
 TARN_GEMM(D, d, double)
@@ -169,7 +169,8 @@ TARN_GEMM(Z, z, cuDoubleComplex)
         const BlasCall call("cublas" #L "trmm_v2", handle, side, uplo, trans, diag, m, n, scalar(alpha), A, lda, B,    \
                             ldb, C, ldc);                                                                              \
         return call.compute(handle, [&](BlasArguments& args) {                                                         \
-            return triangular<T>(args, l##trmm_, side, uplo, trans, diag, m, n, alpha, A, lda, B, ldb, C, ldc);        \
+            return triangular<T>(args, TARN_DIRECT(l##trmm_), side, uplo, trans, diag, m, n, alpha, A, lda, B, ldb, C, \
+                                 ldc);                                                                                 \
         });                                                                                                            \
     }                                                                                                                  \
     cublasStatus_t cublas##L##trsm_v2(cublasHandle_t handle, cublasSideMode_t side, cublasFillMode_t uplo,             \
@@ -179,7 +180,8 @@ TARN_GEMM(Z, z, cuDoubleComplex)
         const BlasCall call("cublas" #L "trsm_v2", handle, side, uplo, trans, diag, m, n, scalar(alpha), A, lda, B,    \
                             ldb);                                                                                      \
         return call.compute(handle, [&](BlasArguments& args) {                                                         \
-            return triangular<T>(args, l##trsm_, side, uplo, trans, diag, m, n, alpha, A, lda, B, ldb, B, ldb);        \
+            return triangular<T>(args, TARN_DIRECT(l##trsm_), side, uplo, trans, diag, m, n, alpha, A, lda, B, ldb, B, \
+                                 ldb);                                                                                 \
         });                                                                                                            \
     }
 TARN_TRIANGULAR(S, s, float)
@@ -192,20 +194,21 @@ TARN_TRIANGULAR(Z, z, cuDoubleComplex)
                                        int n, const T* alpha, const T* A, int lda, const T* B, int ldb, const T* beta, \
                                        T* C, int ldc)                                                                  \
     {                                                                                                                  \
-        return symm<T>("cublas" #L#s "mm_v2", l##s##mm_, handle, side, uplo, m, n, alpha, A, lda, B, ldb, beta, C,     \
-                       ldc);                                                                                           \
+        return symm<T>("cublas" #L#s "mm_v2", TARN_DIRECT(l##s##mm_), handle, side, uplo, m, n, alpha, A, lda, B, ldb, \
+                       beta, C, ldc);                                                                                  \
     }                                                                                                                  \
     cublasStatus_t cublas##L##s##rk_v2(cublasHandle_t handle, cublasFillMode_t uplo, cublasOperation_t trans, int n,   \
                                        int k, const R* alpha, const T* A, int lda, const R* beta, T* C, int ldc)       \
     {                                                                                                                  \
-        return syrk<T, R>("cublas" #L#s "rk_v2", l##s##rk_, handle, uplo, trans, n, k, alpha, A, lda, beta, C, ldc);   \
+        return syrk<T, R>("cublas" #L#s "rk_v2", TARN_DIRECT(l##s##rk_), handle, uplo, trans, n, k, alpha, A, lda,     \
+                          beta, C, ldc);                                                                               \
     }                                                                                                                  \
     cublasStatus_t cublas##L##s##r2k_v2(cublasHandle_t handle, cublasFillMode_t uplo, cublasOperation_t trans, int n,  \
                                         int k, const T* alpha, const T* A, int lda, const T* B, int ldb,               \
                                         const R* beta, T* C, int ldc)                                                  \
     {                                                                                                                  \
-        return syr2k<T, R>("cublas" #L#s "r2k_v2", l##s##r2k_, handle, uplo, trans, n, k, alpha, A, lda, B, ldb, beta, \
-                           C, ldc);                                                                                    \
+        return syr2k<T, R>("cublas" #L#s "r2k_v2", TARN_DIRECT(l##s##r2k_), handle, uplo, trans, n, k, alpha, A, lda,  \
+                           B, ldb, beta, C, ldc);                                                                      \
     }
 TARN_SYMMETRIC(S, s, sy, float, float)
 TARN_SYMMETRIC(D, d, sy, double, double)

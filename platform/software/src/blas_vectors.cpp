@@ -176,7 +176,8 @@ extern "C" {
     cublasStatus_t cublas##L##gemv_v2(cublasHandle_t handle, cublasOperation_t trans, int m, int n, const T* alpha,    \
                                       const T* A, int lda, const T* x, int incx, const T* beta, T* y, int incy)        \
     {                                                                                                                  \
-        return gemv<T>("cublas" #L "gemv_v2", l##gemv_, handle, trans, m, n, alpha, A, lda, x, incx, beta, y, incy);   \
+        return gemv<T>("cublas" #L "gemv_v2", TARN_DIRECT(l##gemv_), handle, trans, m, n, alpha, A, lda, x, incx,      \
+                       beta, y, incy);                                                                                 \
     }
 TARN_GEMV(S, s, float)
 TARN_GEMV(D, d, double)
@@ -187,7 +188,8 @@ TARN_GEMV(Z, z, cuDoubleComplex)
     cublasStatus_t cublas##L##s##mv_v2(cublasHandle_t handle, cublasFillMode_t uplo, int n, const T* alpha,            \
                                        const T* A, int lda, const T* x, int incx, const T* beta, T* y, int incy)       \
     {                                                                                                                  \
-        return symv<T>("cublas" #L#s "mv_v2", l##s##mv_, handle, uplo, n, alpha, A, lda, x, incx, beta, y, incy);      \
+        return symv<T>("cublas" #L#s "mv_v2", TARN_DIRECT(l##s##mv_), handle, uplo, n, alpha, A, lda, x, incx, beta,   \
+                       y, incy);                                                                                       \
     }
 TARN_SYMV(S, s, sy, float)
 TARN_SYMV(D, d, sy, double)
@@ -198,20 +200,20 @@ TARN_SYMV(Z, z, he, cuDoubleComplex)
     cublasStatus_t cublas##L##trmv_v2(cublasHandle_t handle, cublasFillMode_t uplo, cublasOperation_t trans,           \
                                       cublasDiagType_t diag, int n, const T* A, int lda, T* x, int incx)               \
     {                                                                                                                  \
-        return trmv<T>("cublas" #L "trmv_v2", l##trmv_, handle, uplo, trans, diag, n, A, lda, x, incx);                \
+        return trmv<T>("cublas" #L "trmv_v2", TARN_DIRECT(l##trmv_), handle, uplo, trans, diag, n, A, lda, x, incx);   \
     }                                                                                                                  \
     cublasStatus_t cublas##L##axpy_v2(cublasHandle_t handle, int n, const T* alpha, const T* x, int incx, T* y,        \
                                       int incy)                                                                        \
     {                                                                                                                  \
-        return axpy<T>("cublas" #L "axpy_v2", l##axpy_, handle, n, alpha, x, incx, y, incy);                           \
+        return axpy<T>("cublas" #L "axpy_v2", TARN_DIRECT(l##axpy_), handle, n, alpha, x, incx, y, incy);              \
     }                                                                                                                  \
     cublasStatus_t cublas##L##copy_v2(cublasHandle_t handle, int n, const T* x, int incx, T* y, int incy)              \
     {                                                                                                                  \
-        return move<T>("cublas" #L "copy_v2", l##copy_, handle, n, x, incx, y, incy);                                  \
+        return move<T>("cublas" #L "copy_v2", TARN_DIRECT(l##copy_), handle, n, x, incx, y, incy);                     \
     }                                                                                                                  \
     cublasStatus_t cublas##L##swap_v2(cublasHandle_t handle, int n, T* x, int incx, T* y, int incy)                    \
     {                                                                                                                  \
-        return move<T>("cublas" #L "swap_v2", l##swap_, handle, n, x, incx, y, incy);                                  \
+        return move<T>("cublas" #L "swap_v2", TARN_DIRECT(l##swap_), handle, n, x, incx, y, incy);                     \
     }                                                                                                                  \
     cublasStatus_t cublas##L##rot_v2(cublasHandle_t handle, int n, T* x, int incx, T* y, int incy, const float* c,     \
                                      const T* s)                                                                       \
@@ -223,11 +225,11 @@ TARN_VECTORS(C, c, cuComplex)
 
 cublasStatus_t cublasSscal_v2(cublasHandle_t handle, int n, const float* alpha, float* x, int incx)
 {
-    return scal<float>("cublasSscal_v2", sscal_, handle, n, alpha, x, incx);
+    return scal<float>("cublasSscal_v2", TARN_DIRECT(sscal_), handle, n, alpha, x, incx);
 }
 
 cublasStatus_t cublasCsscal_v2(cublasHandle_t handle, int n, const float* alpha, cuComplex* x, int incx)
 {
-    return scal<cuComplex>("cublasCsscal_v2", csscal_, handle, n, alpha, x, incx);
+    return scal<cuComplex>("cublasCsscal_v2", TARN_DIRECT(csscal_), handle, n, alpha, x, incx);
 }
 }

@@ -1,8 +1,10 @@
 #pragma once
 /// The CPU BLAS behind the cuBLAS calls: the Fortran routines by element type. Integers are 32 bits wide, and each
-/// character argument has a hidden length behind the other arguments.
+/// character argument has a hidden length behind the other arguments. They are called as TARN_DIRECT(sgemm_).
 
 #include <cstddef>
+
+#include <direct_call.h>
 
 #include "cublas_api.h"
 

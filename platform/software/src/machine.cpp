@@ -1,6 +1,7 @@
 #include "machine.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -59,7 +60,16 @@ void Device::submit(Work work)
     }
 }
 
-Machine::Machine() : process_(getpid()) { setDevices({softdevDefaultDevice()}); }
+/// As many as TARN_SOFTWARE_DEVICES says, else one: a machine to try on how processes are dealt over several.
+static std::vector<SoftdevDevice> devicesAtFirst()
+{
+    const char* text = std::getenv("TARN_SOFTWARE_DEVICES");
+    constexpr int most = 16;
+    return std::vector<SoftdevDevice>(std::size_t(std::clamp(text ? std::atoi(text) : 1, 1, most)),
+                                      softdevDefaultDevice());
+}
+
+Machine::Machine() : process_(getpid()) { setDevices(devicesAtFirst()); }
 
 Machine::~Machine()
 {

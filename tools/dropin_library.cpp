@@ -1,0 +1,22 @@
+#include "dropin_library.h"
+
+#include "failure.h"
+
+#include <filesystem>
+
+#include <dlfcn.h>
+
+namespace tarn::tool {
+
+std::string dropinLibrary()
+{
+    Dl_info info;
+    if (!dladdr(reinterpret_cast<void*>(&tarnGetVersion), &info))
+        throw Failure("cannot tell where libtarn_lapack lies");
+    const auto library = std::filesystem::absolute(info.dli_fname).parent_path() / "libtarn_blas.so";
+    if (!std::filesystem::exists(library))
+        throw Failure(library.string() + " is not there");
+    return library.string();
+}
+
+} // namespace tarn::tool
