@@ -31,14 +31,12 @@ check-all: test
 
 # Which branches of the library and of the software device the tests take: a figure, and pages in build/coverage/html.
 coverage: setup
-	@scripts/install-dependencies gcovr
+	@scripts/install-dependencies clang libclang-rt-dev llvm
 	@cmake --preset coverage $(CMAKE_FLAGS)
 	@cmake --build --preset coverage -j $(JOBS)
-	@find build/coverage -name '*.gcda' -delete
+	@rm -rf build/coverage/profiles
 	@ctest --preset coverage -j 1
-	@mkdir -p build/coverage/html
-	@gcovr --root . --object-directory build/coverage --filter src/ --filter platform/ --exclude-throw-branches \
-	       --exclude-unreachable-branches --html-details build/coverage/html/index.html --print-summary --branches
+	@scripts/coverage
 
 demo: setup
 	@cmake --preset release $(CMAKE_FLAGS)

@@ -129,42 +129,24 @@ std::vector<Step> gemmSteps(char transa, int lda, char transb, int ldb)
 
 std::vector<Step> triangularSteps(char side)
 {
-    return {{letter, 0, side, -1},
-            {letter, 1, 'l', -2},
-            {letter, 2, 't', -3},
-            {letter, 3, 'u', -4},
-            {size, 0, m, -5},
-            {size, 1, n, -6},
-            {ld, 0, std::toupper(side) == 'L' ? m : n, -9},
-            {ld, 1, m, -11},
-            {array, 0, 0, -8},
-            {array, 1, 0, -10}};
+    const int order = std::toupper(side) == 'L' ? m : n;
+    return {{letter, 0, side, -1}, {letter, 1, 'l', -2}, {letter, 2, 't', -3}, {letter, 3, 'u', -4},
+            {size, 0, m, -5},      {size, 1, n, -6},     {ld, 0, order, -9},   {ld, 1, m, -11},
+            {array, 0, 0, -8},     {array, 1, 0, -10}};
 }
 
 std::vector<Step> symmSteps(char side)
 {
-    return {{letter, 0, side, -1},
-            {letter, 1, 'u', -2},
-            {size, 0, m, -3},
-            {size, 1, n, -4},
-            {ld, 0, side == 'L' ? m : n, -7},
-            {ld, 1, m, -9},
-            {ld, 2, m, -12},
-            {array, 0, 0, -6},
-            {array, 1, 0, -8},
-            {array, 2, 0, -11}};
+    const int order = side == 'L' ? m : n;
+    return {{letter, 0, side, -1}, {letter, 1, 'u', -2}, {size, 0, m, -3},  {size, 1, n, -4},  {ld, 0, order, -7},
+            {ld, 1, m, -9},        {ld, 2, m, -12},      {array, 0, 0, -6}, {array, 1, 0, -8}, {array, 2, 0, -11}};
 }
 
 std::vector<Step> rankKSteps(char trans)
 {
-    return {{letter, 0, 'u', -1},
-            {letter, 1, trans, -2},
-            {size, 0, n, -3},
-            {size, 1, k, -4},
-            {ld, 0, trans == 'N' ? n : k, -7},
-            {ld, 1, n, -10},
-            {array, 0, 0, -6},
-            {array, 1, 0, -9}};
+    const int rows = trans == 'N' ? n : k;
+    return {{letter, 0, 'u', -1}, {letter, 1, trans, -2}, {size, 0, n, -3},  {size, 1, k, -4},
+            {ld, 0, rows, -7},    {ld, 1, n, -10},        {array, 0, 0, -6}, {array, 1, 0, -9}};
 }
 
 std::vector<Step> rank2KSteps(char trans)

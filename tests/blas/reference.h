@@ -6,30 +6,17 @@
 #include "support/matrix.h"
 
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 namespace test {
 
+template <class R>
+using WiderReal = std::conditional_t<std::is_same_v<R, float>, double, long double>;
+
 /// The type in which references of elements T are summed.
 template <class T>
-struct WiderType;
-template <>
-struct WiderType<float>
-{
-    using type = double;
-};
-template <>
-struct WiderType<double>
-{
-    using type = long double;
-};
-template <class T>
-struct WiderType<tarn::Complex<T>>
-{
-    using type = tarn::Complex<typename WiderType<T>::type>;
-};
-template <class T>
-using Wider = typename WiderType<T>::type;
+using Wider = std::conditional_t<tarn::isComplex<T>, tarn::Complex<WiderReal<tarn::Real<T>>>, WiderReal<T>>;
 
 template <class T>
 Wider<T> wider(T x)

@@ -2,6 +2,7 @@
 // once per process, so a test program that includes this has the machine for good.
 #pragma once
 
+#include "frame/device_table.h"
 #include "support/device.h"
 
 namespace test {
@@ -42,6 +43,12 @@ inline testing::Environment* const theMachine = testing::AddGlobalTestEnvironmen
 class OnMachine : public WithControls
 {
 protected:
+    void SetUp() override
+    {
+        WithControls::SetUp();
+        if (hasControls)
+            tarn::bindThreadDevice();
+    }
     void TearDown() override
     {
         WithControls::TearDown();

@@ -199,25 +199,17 @@ public:
     {
         if (!thread_.joinable())
             return;
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            ending_ = true;
-            changed_.notify_all();
-        }
+        run([this] { ending_ = true; });
         thread_.join();
     }
 
 private:
     void serve()
     {
-        std::unique_lock<std::mutex> lock(mutex_);
-        for (;;) {
-            changed_.wait(lock, [this] { return task_ || ending_; });
-            if (ending_)
-                return;
+        for (std::unique_lock<std::mutex> lock(mutex_); !ending_; changed_.notify_all()) {
+            changed_.wait(lock, [this] { return bool(task_); });
             task_();
             task_ = nullptr;
-            changed_.notify_all();
         }
     }
 

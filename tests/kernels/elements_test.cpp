@@ -262,23 +262,11 @@ TYPED_TEST(Elements, ScaledMatricesAreAddedInEitherForm)
             }
 }
 
-template <class T>
-struct OtherPrecision;
-template <>
-struct OtherPrecision<float>
-{
-    using type = double;
-};
-template <>
-struct OtherPrecision<double>
-{
-    using type = float;
-};
 template <class R>
-struct OtherPrecision<tarn::Complex<R>>
-{
-    using type = tarn::Complex<typename OtherPrecision<R>::type>;
-};
+using OtherReal = std::conditional_t<std::is_same_v<R, float>, double, float>;
+
+template <class T>
+using OtherPrecision = std::conditional_t<tarn::isComplex<T>, tarn::Complex<OtherReal<tarn::Real<T>>>, OtherReal<T>>;
 
 template <class Dst, class Src>
 Dst converted(Src x)
@@ -292,7 +280,7 @@ Dst converted(Src x)
 TYPED_TEST(Elements, PrecisionIsConverted)
 {
     using Src = TypeParam;
-    using Dst = typename OtherPrecision<Src>::type;
+    using Dst = OtherPrecision<Src>;
     const DeviceArray<int> flag(std::vector<int>{0});
     for (const auto& [m, n] : shapes) {
         const auto A = Matrix<Src>::random(m, n, m + 2, 3);
@@ -326,7 +314,7 @@ std::pair<int, int> overflowOf(T x, int i, int j)
     A.each([](T& e) { e = T(1); });
     A(i, j) = x;
     const DeviceArray<T> a(A.elements());
-    const DeviceArray<typename OtherPrecision<T>::type> b(20 * 20);
+    const DeviceArray<OtherPrecision<T>> b(20 * 20);
     const DeviceArray<int> flags(std::vector<int>{0, 0});
     kernel::PrecisionConvert(20, 20, a.data(), 20, b.data(), 20, flags.data());
     kernel::PrecisionConvertTriangular(false, 20, a.data(), 20, b.data(), 20, flags.data() + 1);

@@ -254,13 +254,6 @@ TYPED_TEST(Kernels, InterchangeArgumentsAreCheckedInOrder)
 class Launches : public OnMachine
 {
 protected:
-    void SetUp() override
-    {
-        OnMachine::SetUp();
-        if (!IsSkipped())
-            tarn::bindThreadDevice();
-    }
-
     using Shape = std::vector<long long>; ///< grid and block, x, y, z each
 
     /// The launches of a call, all of this kernel, and nothing else: no wrapper copies, allocates or waits.

@@ -172,15 +172,7 @@ TYPED_TEST(Allocator, BlockCopiesTouchTheBlockOnly)
 }
 
 class AllocatorCalls : public OnMachine
-{
-protected:
-    void SetUp() override
-    {
-        OnMachine::SetUp();
-        if (!IsSkipped())
-            tarn::bindThreadDevice();
-    }
-};
+{};
 
 TEST_F(AllocatorCalls, EachKindMakesItsOwn)
 {

@@ -24,12 +24,6 @@ protected:
 class MirrorCalls : public OnMachine
 {
 protected:
-    void SetUp() override
-    {
-        OnMachine::SetUp();
-        if (!IsSkipped())
-            tarn::bindThreadDevice();
-    }
     void TearDown() override
     {
         OnMachine::TearDown();

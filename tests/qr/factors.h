@@ -59,6 +59,16 @@ Matrix<T> columnOf(const std::vector<T>& x)
     return column;
 }
 
+/// norm1(A - B) / (scale norm1(B) eps)
+template <class T>
+double difference(const Matrix<T>& A, const WideMatrix& B, int scale)
+{
+    WideMatrix D = widened(A);
+    for (std::size_t i = 0; i < D.elements().size(); ++i)
+        D.elements()[i] += -1.0 * B.elements()[i];
+    return norm1(D) / (scale * norm1(B) * eps<T>);
+}
+
 /// The part of a factorisation of an m by n matrix that holds the reflectors.
 inline WideMatrix reflectorsOf(const Family& family, const WideMatrix& F)
 {

@@ -49,16 +49,6 @@ const Routines<T> families[] = {
     {rq, tarn::qr::gerqf<T>, tarn::qr::ormrq<T>, nullptr, tarn::cpu::gerqf<T>},
 };
 
-/// norm1(A - B) / (scale norm1(B) eps)
-template <class T>
-double difference(const Matrix<T>& A, const WideMatrix& B, int scale)
-{
-    WideMatrix D = widened(A);
-    for (std::size_t i = 0; i < D.elements().size(); ++i)
-        D.elements()[i] += -1.0 * B.elements()[i];
-    return norm1(D) / (scale * norm1(B) * eps<T>);
-}
-
 TYPED_TEST(Reflectors, Factorise)
 {
     using T = TypeParam;

@@ -115,15 +115,9 @@ TEST_F(ControlTest, NthCallFails)
     EXPECT_EQ(cudaGetLastError(), cudaErrorNotSupported);
 
     softdevFailCall("Swap", 2, cudaErrorLaunchFailure);
-    EXPECT_EQ(launch(
-                  1, [] {}, "SwapRows_k"),
-              cudaSuccess);
-    EXPECT_EQ(launch(
-                  1, [] {}, "Other_k"),
-              cudaSuccess);
-    EXPECT_EQ(launch(
-                  1, [] {}, "SwapColumns_k"),
-              cudaErrorLaunchFailure);
+    EXPECT_EQ(launch("SwapRows_k", [] {}), cudaSuccess);
+    EXPECT_EQ(launch("Other_k", [] {}), cudaSuccess);
+    EXPECT_EQ(launch("SwapColumns_k", [] {}), cudaErrorLaunchFailure);
     EXPECT_EQ(cudaGetLastError(), cudaErrorLaunchFailure);
 
     cublasHandle_t handle;
@@ -137,15 +131,9 @@ TEST_F(ControlTest, FailedExecutionShowsAtTheNextWait)
     int ran = 0;
     softdevSetHold(true);
     softdevFailExecution("Bad", 2, cudaErrorIllegalAddress);
-    EXPECT_EQ(launch(
-                  1, [&] { ran += 1; }, "Bad_k"),
-              cudaSuccess);
-    EXPECT_EQ(launch(
-                  1, [&] { ran += 10; }, "Bad_k"),
-              cudaSuccess);
-    EXPECT_EQ(launch(
-                  1, [&] { ran += 100; }, "Good_k"),
-              cudaSuccess);
+    EXPECT_EQ(launch("Bad_k", [&] { ran += 1; }), cudaSuccess);
+    EXPECT_EQ(launch("Bad_k", [&] { ran += 10; }), cudaSuccess);
+    EXPECT_EQ(launch("Good_k", [&] { ran += 100; }), cudaSuccess);
     EXPECT_EQ(cudaGetLastError(), cudaSuccess);
     std::thread([] { EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorIllegalAddress); }).join();
     EXPECT_EQ(ran, 101);
@@ -170,9 +158,7 @@ TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
     int host = 0, ran = 0;
     const auto copy = [&] { return cudaMemcpy(&host, device, sizeof host, cudaMemcpyDeviceToHost); };
     softdevFailExecution("Bad", 1, cudaErrorIllegalAddress);
-    ASSERT_EQ(launch(
-                  1, [] {}, "Bad_k"),
-              cudaSuccess);
+    ASSERT_EQ(launch("Bad_k", [] {}), cudaSuccess);
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(copy(), cudaErrorIllegalAddress);
         EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "again and again";

@@ -83,9 +83,15 @@ private:
 };
 
 /// Queues `blocks` blocks of one thread that each run `body`.
-inline cudaError_t launch(unsigned blocks, std::function<void()> body, const char* name = "Test_k")
+inline cudaError_t launch(unsigned blocks, std::function<void()> body)
 {
-    return softdevLaunch(name, dim3(blocks), dim3(1), dim3(1), std::move(body));
+    return softdevLaunch("Test_k", dim3(blocks), dim3(1), dim3(1), std::move(body));
+}
+
+/// Queues one such block under that name.
+inline cudaError_t launch(const char* name, std::function<void()> body)
+{
+    return softdevLaunch(name, dim3(1), dim3(1), dim3(1), std::move(body));
 }
 
 /// The address by which a test's kernel reaches device memory.

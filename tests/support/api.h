@@ -12,39 +12,20 @@ namespace test {
 template <class T>
 struct Api;
 
-template <>
-struct Api<float>
-{
-    static constexpr auto getrf = tarnSgetrf;
-    static constexpr auto deviceGetrf = tarnDeviceSgetrf;
-    static constexpr auto gesv = tarnSgesv;
-    static constexpr auto deviceGesv = tarnDeviceSgesv;
-    static constexpr auto geqrf = tarnSgeqrf;
-    static constexpr auto deviceGeqrf = tarnDeviceSgeqrf;
-    static constexpr auto gels = tarnSgels;
-    static constexpr auto deviceGels = tarnDeviceSgels;
-    static constexpr auto gglse = tarnSgglse;
-    static constexpr auto deviceGglse = tarnDeviceSgglse;
-    static constexpr auto gesvd = tarnSgesvd;
-    static constexpr auto deviceGesvd = tarnDeviceSgesvd;
-};
+#define TARN_ROUTINES(T, X)                                                                                            \
+    template <>                                                                                                        \
+    struct Api<T>                                                                                                      \
+    {                                                                                                                  \
+        static constexpr auto getrf = tarn##X##getrf, deviceGetrf = tarnDevice##X##getrf;                              \
+        static constexpr auto gesv = tarn##X##gesv, deviceGesv = tarnDevice##X##gesv;                                  \
+        static constexpr auto geqrf = tarn##X##geqrf, deviceGeqrf = tarnDevice##X##geqrf;                              \
+        static constexpr auto gels = tarn##X##gels, deviceGels = tarnDevice##X##gels;                                  \
+        static constexpr auto gglse = tarn##X##gglse, deviceGglse = tarnDevice##X##gglse;                              \
+        static constexpr auto gesvd = tarn##X##gesvd, deviceGesvd = tarnDevice##X##gesvd;                              \
+    };
 
-template <>
-struct Api<tarn::Complex<float>>
-{
-    static constexpr auto getrf = tarnCgetrf;
-    static constexpr auto deviceGetrf = tarnDeviceCgetrf;
-    static constexpr auto gesv = tarnCgesv;
-    static constexpr auto deviceGesv = tarnDeviceCgesv;
-    static constexpr auto geqrf = tarnCgeqrf;
-    static constexpr auto deviceGeqrf = tarnDeviceCgeqrf;
-    static constexpr auto gels = tarnCgels;
-    static constexpr auto deviceGels = tarnDeviceCgels;
-    static constexpr auto gglse = tarnCgglse;
-    static constexpr auto deviceGglse = tarnDeviceCgglse;
-    static constexpr auto gesvd = tarnCgesvd;
-    static constexpr auto deviceGesvd = tarnDeviceCgesvd;
-};
+TARN_ROUTINES(float, S)
+TARN_ROUTINES(tarn::Complex<float>, C)
 
 /// An element address as the C interface names it.
 inline float* native(float* p) { return p; }

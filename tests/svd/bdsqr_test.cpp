@@ -46,6 +46,15 @@ std::vector<double> singularValues(const Bidiagonal& B)
     return s;
 }
 
+template <class T>
+Matrix<T> identity(int n)
+{
+    Matrix<T> I(n, n);
+    for (int i = 0; i < n; ++i)
+        I(i, i) = T(1);
+    return I;
+}
+
 /// What bdsqr makes of B and of the vectors vt (n by ncvt) and u (nru by n).
 template <class T>
 struct Iterated
@@ -106,10 +115,7 @@ void expectDecomposition(const Bidiagonal& B, int ncvt, int nru)
     EXPECT_LE(error, 30 * n * eps<float> * norm1(U0) * norm1(B.wide()) * norm1(Vt0));
 
     // Orthogonality, where the vectors begin as the identity.
-    Matrix<T> I(n, n);
-    for (int i = 0; i < n; ++i)
-        I(i, i) = T(1);
-    const Iterated<T> square(B, I, I);
+    const Iterated<T> square(B, identity<T>(n), identity<T>(n));
     EXPECT_LT(orthogonality(widened(square.u)), 30);
     EXPECT_LT(orthogonality(adjoint(widened(square.vt))), 30);
 }
@@ -164,15 +170,6 @@ std::vector<Bidiagonal> hardMatrices(char uplo)
         matrices.push_back(B);
     }
     return matrices;
-}
-
-template <class T>
-Matrix<T> identity(int n)
-{
-    Matrix<T> I(n, n);
-    for (int i = 0; i < n; ++i)
-        I(i, i) = T(1);
-    return I;
 }
 
 /// The host's recurrences are those of the CPU LAPACK's sbdsqr, and both call the same slartg, slas2 and slasv2.

@@ -70,19 +70,9 @@ TYPED_TEST_SUITE(Gebrd, Types);
 
 TYPED_TEST(Gebrd, ReducesAroundTheEdgesOfTheBlocks)
 {
-    for (const auto& [m, n] : {std::pair{1, 1},
-                               {7, 1},
-                               {1, 7},
-                               {31, 31},
-                               {32, 32},
-                               {33, 33},
-                               {65, 65},
-                               {64, 65},
-                               {100, 70},
-                               {70, 100},
-                               {300, 33},
-                               {33, 300},
-                               {600, 150}})
+    const std::pair<int, int> shapes[] = {{1, 1},   {7, 1},    {1, 7},    {31, 31},  {32, 32},  {33, 33},  {65, 65},
+                                          {64, 65}, {100, 70}, {70, 100}, {300, 33}, {33, 300}, {600, 150}};
+    for (const auto& [m, n] : shapes)
         expectReduction(Matrix<TypeParam>::random(m, n, m + m % 4, m + n));
 }
 

@@ -154,20 +154,9 @@ TEST(GesvdPath, FollowsJobsAndShape)
 TYPED_TEST(Gesvd, OddShapes)
 {
     using T = TypeParam;
-    for (const auto& [m, n] : {std::pair{1, 1},
-                               {9, 1},
-                               {1, 9},
-                               {2, 2},
-                               {3, 2},
-                               {8, 5},
-                               {7, 5},
-                               {5, 8},
-                               {32, 32},
-                               {33, 33},
-                               {33, 34},
-                               {200, 33},
-                               {32, 100},
-                               {150, 65}})
+    const std::pair<int, int> shapes[] = {{1, 1}, {9, 1},   {1, 9},   {2, 2},   {3, 2},    {8, 5},    {7, 5},
+                                          {5, 8}, {32, 32}, {33, 33}, {33, 34}, {200, 33}, {32, 100}, {150, 65}};
+    for (const auto& [m, n] : shapes)
         expectDecompositions(Matrix<T>::random(m, n, m, 3), {"NN", "SS", "AA", "ON", "SO"});
 }
 

@@ -3,6 +3,7 @@
 #include "lapack/svd/svd.h"
 #include "support/api.h"
 #include "support/device.h"
+#include "support/failures.h"
 #include "support/matrix.h"
 #include "tarn_core.h"
 
@@ -18,42 +19,35 @@ protected:
     const Initialized library;
 };
 
-/// The arrays of a decomposition with all vectors of the smaller kind.
-struct Arrays
+/// A decomposition with all vectors of the smaller kind.
+Call decomposition(int m, int n)
 {
-    explicit Arrays(const Matrix<float>& input)
-        : a(input), u(input.m, std::min(input.m, input.n)), vt(std::min(input.m, input.n), input.n), s(u.n, -7)
-    {}
-    tarnStatus gesvd()
-    {
-        return tarnSgesvd('S', 'S', a.m, a.n, a.data(), a.ld, s.data(), u.data(), u.ld, vt.data(), vt.ld);
-    }
-    friend bool operator==(const Arrays& x, const Arrays& y)
-    {
-        return identical(x.a, y.a) && identical(x.u, y.u) && identical(x.vt, y.vt) && x.s == y.s;
-    }
-
-    Matrix<float> a, u, vt;
-    std::vector<float> s;
-};
+    const int k = std::min(m, n);
+    return {{Matrix<float>::random(m, n, m + 1), Matrix<float>(m, k), Matrix<float>(k, n), Matrix<float>(k, 1)},
+            [](Call& x) {
+                auto &a = x.arrays[0], &u = x.arrays[1], &vt = x.arrays[2];
+                return tarnSgesvd('S', 'S', a.m, a.n, a.data(), a.ld, x.arrays[3].data(), u.data(), u.ld, vt.data(),
+                                  vt.ld);
+            }};
+}
 
 TEST_F(SvdSchedule, EightSweepsAreOneCopyAndOneLaunchPerMatrix)
 {
     const int n = 150;
-    Arrays arrays(Matrix<float>::random(n, n, n));
+    Call call = decomposition(n, n);
     softdevLogStart();
-    ASSERT_EQ(arrays.gesvd(), tarnNoError);
+    ASSERT_EQ(call.run(), tarnNoError);
     // A letter each: the copy of k sweeps, 16 n k bytes, in which few go by themselves, and launches for eight or for
     // one.
     std::string steps;
     int sweeps = 0;
-    for (const SoftdevCall& call : softdevLogTake())
-        if (call.name == "cudaMemcpy" && call.ints[2] % (16 * n) == 0 && call.ints[2] <= 8 * 16 * n) {
-            const int count = int(call.ints[2]) / (16 * n);
+    for (const SoftdevCall& made : softdevLogTake())
+        if (made.name == "cudaMemcpy" && made.ints[2] % (16 * n) == 0 && made.ints[2] <= 8 * 16 * n) {
+            const int count = int(made.ints[2]) / (16 * n);
             sweeps += count;
             steps += char('0' + count);
-        } else if (call.name == "SWEEPS_k" || call.name == "LASR_k") {
-            steps += call.name[0];
+        } else if (made.name == "SWEEPS_k" || made.name == "LASR_k") {
+            steps += made.name[0];
         }
     EXPECT_GT(sweeps, n);
     EXPECT_LT(sweeps, 4 * n);
@@ -90,51 +84,20 @@ TEST_F(SvdSchedule, HeldBackCopiesDoNotChangeTheResult)
 {
     // With every copy made as late as the rules allow, a missing wait or a buffer used too early shows.
     for (const auto& [m, n] : {std::pair{150, 140}, {140, 150}, {200, 90}}) {
-        const Arrays input(Matrix<float>::random(m, n, m));
-        Arrays early = input, late = input;
-        ASSERT_EQ(early.gesvd(), tarnNoError);
+        Call early = decomposition(m, n), late = early;
+        ASSERT_EQ(early.run(), tarnNoError);
         softdevSetHold(true);
         softdevSetPoison(true);
-        EXPECT_EQ(late.gesvd(), tarnNoError);
+        EXPECT_EQ(late.run(), tarnNoError);
         softdevSetHold(false);
         softdevSetPoison(false);
-        EXPECT_TRUE(early == late);
+        EXPECT_EQ(differences(early, late), 0);
     }
 }
 
 TEST_F(SvdSchedule, EveryFailureLeavesTheCallersArraysAndNothingBehind)
 {
-    const Arrays input(Matrix<float>::random(110, 60, 111));
-    Arrays arrays = input;
-    ASSERT_EQ(arrays.gesvd(), tarnNoError);
-    arrays = input;
-    softdevLogStart(); // of a call that finds the memory pool filled
-    ASSERT_EQ(arrays.gesvd(), tarnNoError);
-    const std::vector<SoftdevCall> calls = softdevLogTake();
-
-    const SoftdevLive before = softdevLive();
-    int failed = 0;
-    for (const char* name : {"cudaMalloc", "cudaMallocHost", "cudaStreamCreate", "cublasSgemm_v2", "cublasSgemv_v2",
-                             "cublasSrot_v2", "cublasSswap_v2", "cudaStreamSynchronize", "cudaMemcpyAsync",
-                             "cudaMemcpy2DAsync", "gemvt_k", "LASR_k", "SWEEPS_k", "TransposeInplace_k"})
-        for (int nth = 1, count = int(countCalls(calls, name)); nth <= count; nth += 1 + count / 4) {
-            SCOPED_TRACE(testing::Message() << name << " " << nth);
-            arrays = input;
-            const bool ofBlas = std::string(name).rfind("cublas", 0) == 0;
-            const bool ofMemory = std::string(name).rfind("cudaMalloc", 0) == 0;
-            // A single failure of an allocation can make the pool give blocks back and go on.
-            softdevFailCall(name, nth, ofBlas ? 13 : ofMemory ? 2 : 719, ofMemory);
-            const tarnStatus status = arrays.gesvd();
-            softdevClearFailures();
-            EXPECT_EQ(status, ofBlas ? tarnBlasError : ofMemory ? tarnInsufficientMemory : tarnRuntimeError);
-            EXPECT_TRUE(arrays == input);
-            EXPECT_LE(softdevLive().allocations, before.allocations);
-            EXPECT_EQ(softdevLive().hostAllocations, 0u);
-            EXPECT_EQ(softdevLive().streams, 0u);
-            ASSERT_EQ(arrays.gesvd(), tarnNoError) << "the next call must work";
-            ++failed;
-        }
-    EXPECT_GT(failed, 35);
+    expectFailuresLeaveNothingBehind(decomposition(110, 60), 4);
 }
 
 } // namespace

@@ -99,7 +99,8 @@ struct Launch
     }
 };
 
-thread_local SoftBlock currentBlock;
+// Initialised as a constant: that tarnSoftBlock is `const` would let a compiler move stores before an initialisation.
+thread_local SoftBlock currentBlock{};
 
 } // namespace
 
