@@ -1,7 +1,7 @@
 # Installation: headers, libraries, tool, and what find_package(tarn_lapack) and pkg-config need.
 include(CMakePackageConfigHelpers)
 
-set(package_targets tarn_core tarn_lapack)
+set(package_targets tarn_core tarn_lapack tarn_refine)
 # tarn::device: what a program needs that allocates device memory itself.
 add_library(tarn_device_interface INTERFACE)
 add_library(tarn::device ALIAS tarn_device_interface)
@@ -17,7 +17,7 @@ else()
     target_link_libraries(tarn_device_interface INTERFACE CUDA::cudart) # the package finds the user's toolkit
 endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES include/tarn_core.h include/tarn_lapack.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES include/tarn_core.h include/tarn_lapack.h include/tarn_refine.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT tarn_lapack_targets FILE tarn_lapack-targets.cmake NAMESPACE tarn::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack)
 export(EXPORT tarn_lapack_targets NAMESPACE tarn:: FILE ${PROJECT_BINARY_DIR}/tarn_lapack-targets.cmake)
@@ -41,3 +41,4 @@ function(pc_file pc_name pc_description pc_requires)
 endfunction()
 pc_file(tarn_core "Status and error info of tarn_lapack" "")
 pc_file(tarn_lapack "${PROJECT_DESCRIPTION}" tarn_core)
+pc_file(tarn_refine "Linear systems in double precision by factors in single precision" tarn_lapack)
