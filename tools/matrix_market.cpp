@@ -325,11 +325,12 @@ void write(const std::string& path, const Matrix<T>& a)
         throw MatrixMarketError(path, 0, std::strerror(errno));
     fmt::print(file.get(), "%%MatrixMarket matrix array {} general\n{} {}\n", isComplex<T> ? "complex" : "real", a.rows,
                a.cols);
+    constexpr int digits = std::numeric_limits<Real<T>>::max_digits10;
     for (const T& x : a.values) {
         if constexpr (isComplex<T>)
-            fmt::print(file.get(), "{:.9g} {:.9g}\n", x.real(), x.imag());
+            fmt::print(file.get(), "{:.{}g} {:.{}g}\n", x.real(), digits, x.imag(), digits);
         else
-            fmt::print(file.get(), "{:.9g}\n", x);
+            fmt::print(file.get(), "{:.{}g}\n", x, digits);
     }
     if (std::fflush(file.get()) != 0)
         throw MatrixMarketError(path, 0, std::strerror(errno));
@@ -360,5 +361,9 @@ AnyMatrix readMatrixMarket(const std::string& path)
 void writeMatrixMarket(const std::string& path, const Matrix<float>& a) { write(path, a); }
 
 void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a) { write(path, a); }
+
+void writeMatrixMarket(const std::string& path, const Matrix<double>& a) { write(path, a); }
+
+void writeMatrixMarket(const std::string& path, const Matrix<std::complex<double>>& a) { write(path, a); }
 
 } // namespace tarn::tool
