@@ -1,6 +1,6 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle format clean
+.PHONY: setup build test check-all coverage demo bench performance cuda check-cuda gpu-bundle wheel test-python format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -64,8 +64,15 @@ gpu-bundle: setup
 	@scripts/install-dependencies libzstd-dev
 	@scripts/gpu-bundle --arch $(GPU_ARCH) --jobs $(JOBS)
 
+# The Python package as a wheel in dist/, and its tests in a virtual environment of their own.
+wheel: setup
+	@scripts/python-wheel
+
+test-python: wheel
+	@scripts/python-test
+
 format:
 	@git ls-files '*.h' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
 
 clean:
-	rm -rf build gpu-bundle
+	rm -rf build gpu-bundle dist

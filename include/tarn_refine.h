@@ -36,9 +36,10 @@ typedef struct tarnRefinement
  *   x        out: n by nrhs, ldx >= max(1, n); overlaps neither a nor b
  *   how      out: refinements and condition; may be null
  *
- * Refinement stops where norm_inf(b - op(A) x) <= sqrt(n) eps norm_inf(op(A)) norm_inf(x), eps = 2^-53, for every
- * column, after at most 30 steps; one more follows, since a double-precision solve usually ends well below that bound.
- * It is given up sooner where a step does not halve the residuals, for 30 such steps could not succeed either.
+ * Refinement succeeds where norm_inf(b - op(A) x) <= sqrt(n) eps norm_inf(op(A)) norm_inf(x), eps = 2^-53, for every
+ * column after at most 30 steps, which is the rule of dsgesv. A double-precision solve usually ends well below that
+ * bound: refinement goes on to eps / 32 in place of sqrt(n) eps, as long as steps halve the residual. Where a step does
+ * not halve it above the bound, refinement has failed, for 30 such steps could not succeed either.
  *
  * The status is that of the factorisation. tarnDataError: info i > 0, pivot i of the factorisation in double precision
  * is exactly zero; x holds nothing. tarnArgumentError: -1 trans, -2 n, -3 nrhs, -4 a is null, -5 lda, -6 b is null,

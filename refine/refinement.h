@@ -117,7 +117,7 @@ public:
           residual(std::size_t(s.n) * std::size_t(s.nrhs)), correction(residual.size()), sizes(s.nrhs)
     {}
 
-    /// The number of refinements made, tarnIterNotConverged as iter where X does not reach the bound.
+    /// iter: the number of refinements made, or tarnIterNotConverged where X does not reach the bound.
     tarnStatus run(int& iter);
 
 private:
@@ -200,6 +200,8 @@ double Refinement<W>::worstRatio() const
 template <class W>
 tarnStatus Refinement<W>::run(int& iter)
 {
+    // A double-precision solve ends well below LAPACK's bound: go on to epsilon / 32, in units of that bound.
+    const double aim = 1 / (32 * std::sqrt(double(s.n)));
     start();
     double last = std::numeric_limits<double>::infinity();
     for (iter = 0; iter <= mostSteps; ++iter) {
@@ -208,14 +210,17 @@ tarnStatus Refinement<W>::run(int& iter)
             status = computeResidual();
         if (status != tarnNoError)
             return status;
-        const double ratio = worstRatio();
-        if (ratio == 0)
+        const double ratio = worstRatio(), rate = std::isinf(last) ? 1 : ratio / last;
+        if (ratio <= aim)
             return tarnNoError;
-        if (ratio <= 1) {
+        if (ratio <= 1 && ratio * rate <= aim) { // the next step gets there: no need to look
             ++iter;
             return correct();
         }
-        if (!(ratio <= last / 2)) // a NaN too
+        const bool stalls = !(ratio <= last / 2); // a NaN does
+        if (ratio <= 1 && (stalls || iter == mostSteps))
+            return tarnNoError;
+        if (stalls)
             break;
         last = ratio;
     }

@@ -22,7 +22,7 @@ class DeviceArray:
     or ``__cuda_array_interface__``; `get` brings it to NumPy.
     """
 
-    __slots__ = ("_tensor", "_pointer", "dtype", "shape", "_strides", "__weakref__")
+    __slots__ = ("__weakref__", "_pointer", "_strides", "_tensor", "dtype", "shape")
 
     def __init__(self, tensor: Any) -> None:
         """Of what exports an array of the device by ``__dlpack__``."""
@@ -45,7 +45,7 @@ class DeviceArray:
         return int(np.prod(self.shape))
 
     @property
-    def T(self) -> DeviceArray:  # noqa: N802, NumPy's name
+    def T(self) -> DeviceArray:
         """The transpose, in the same memory."""
         return DeviceArray(
             _core.borrow(self._pointer, self.shape[::-1], self._strides[::-1], self.dtype.char, self._tensor, 0)
@@ -193,7 +193,7 @@ class _Device:
             return to_device(np.asfortranarray(a.get()))  # transposed on the way through the host
         if overwrite and (a.ndim == 1 or a._strides[1] == max(1, a.shape[0])):
             return a
-        copy = _Device.empty(a.shape, dtype)
+        copy: Any = _Device.empty(a.shape, dtype)
         _core.copy(copy, a)
         return copy
 
@@ -228,8 +228,8 @@ class _Device:
         return importer(a) if importer else a
 
 
-def space_of(*arrays: Any) -> type[_Host] | type[_Device]:
-    """How arrays are handled that are where these are."""
+def space_of(*arrays: Any) -> Any:
+    """How arrays are handled that are where these are: _Host or _Device."""
     return _Device if on_device(*arrays) else _Host
 
 

@@ -308,12 +308,12 @@ def lstsq_constrained(a: Any, b: Any, c: Any, d: Any, check_finite: bool = True)
     dtype = single_type("lstsq_constrained", equations, rhs, constraints, bounds)
     for array in (equations, rhs, constraints, bounds):
         _check(space, array, check_finite)
-    work = [space.fortran(x, dtype) for x in (equations, constraints, rhs, bounds)]
+    equations, constraints, rhs, bounds = (space.fortran(x, dtype) for x in (equations, constraints, rhs, bounds))
     x = space.empty((n,), dtype)
-    info = _core.gglse(*work, x) if n > 0 else 0
+    info = _core.gglse(equations, constraints, rhs, bounds, x) if n > 0 else 0
     if info:
         raise LinAlgError(
             "the constraints are linearly dependent" if info == 1 else "equations and constraints do not determine x"
         )
-    rest = space.host(work[2])[n - p :]
+    rest = space.host(rhs)[n - p :]
     return space.result(x, b), float(np.sum(np.abs(rest) ** 2))

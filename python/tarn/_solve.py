@@ -92,7 +92,9 @@ def solve(
     """
     if type(a) is not np.ndarray or type(b) is not np.ndarray:
         if on_device(a, b):
-            return _solve_on_device(a, b, lower, overwrite_a, overwrite_b, check_finite, assume_a, transposed, return_info)
+            return _solve_on_device(
+                a, b, lower, overwrite_a, overwrite_b, check_finite, assume_a, transposed, return_info
+            )
         a, b = np.asarray(a), np.asarray(b)
     if assume_a is not None:
         a = _assumed(a, assume_a, lower)
@@ -186,9 +188,7 @@ def _solve_stack(a: np.ndarray, b: np.ndarray, check_finite: bool, transposed: b
     x = np.empty(stack + core, common_type(a, b))
     infos = []
     for index in np.ndindex(*stack):
-        x[index], info = solve(
-            a[index], b[index], check_finite=check_finite, transposed=transposed, return_info=True
-        )
+        x[index], info = solve(a[index], b[index], check_finite=check_finite, transposed=transposed, return_info=True)
         infos.append(info)
     return (x, infos) if return_info else x
 
@@ -202,7 +202,9 @@ def _solve_on_device(
     dtype = common_type(matrix, rhs)
     if assume_a is not None or is_double(dtype) or matrix.ndim != 2:
         # What the device cannot do by itself goes through the host.
-        x, info = solve(matrix.get(), rhs.get(), lower, True, True, check_finite, assume_a, transposed, return_info=True)
+        x, info = solve(
+            matrix.get(), rhs.get(), lower, True, True, check_finite, assume_a, transposed, return_info=True
+        )
     else:
         n = matrix.shape[0]
         if matrix.shape != (n, n):

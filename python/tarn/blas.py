@@ -25,6 +25,7 @@ class _Call:
     def __init__(self, dtype: np.dtype, *arrays: Any) -> None:
         given = [a for a in arrays if a is not None]
         self.dtype, self.like, self.space = dtype, given[0], space_of(*given)
+        self.scalar = complex if dtype.kind == "c" else float
 
     def matrix(self, a: Any) -> Any:
         """To be read."""
@@ -36,9 +37,9 @@ class _Call:
     def operand(self, a: Any, trans: int) -> tuple[Any, int]:
         """A matrix and its transposition: what lies row by row is taken as the transpose, without a copy."""
         view = self.space.view(a)
-        if isinstance(view, np.ndarray) and view.ndim == 2 and trans != 2:
-            if view.flags.c_contiguous and not view.flags.f_contiguous:
-                return self.matrix(view.T), 1 - trans
+        on_host = isinstance(view, np.ndarray) and view.ndim == 2
+        if on_host and trans != 2 and view.flags.c_contiguous and not view.flags.f_contiguous:
+            return self.matrix(view.T), 1 - trans
         return self.matrix(view), trans
 
     def output(self, c: Any, shape: tuple[int, ...], overwrite: Any) -> Any:
@@ -77,7 +78,7 @@ def _gemm(dtype: np.dtype, routine: Any) -> Callable[..., Any]:
         (m, k), (inner, n) = _turned(a, trans_a), _turned(b, trans_b)
         _require(k == inner, f"op(a) has {k} columns, but op(b) has {inner} rows")
         c = call.output(c, (m, n), overwrite_c)
-        routine("NTC"[trans_a], "NTC"[trans_b], k, alpha, a, b, beta, c)
+        routine("NTC"[trans_a], "NTC"[trans_b], k, call.scalar(alpha), a, b, call.scalar(beta), c)
         return call.result(c)
 
     return gemm
@@ -92,7 +93,7 @@ def _triangular(dtype: np.dtype, routine: Any) -> Callable[..., Any]:
         b = call.space.fortran(call.space.view(b), dtype, overwrite_b)
         order = b.shape[1 if side else 0]
         _require(tuple(a.shape) == (order, order), f"a has shape {tuple(a.shape)}, not {(order, order)}")
-        routine("LR"[bool(side)], "UL"[bool(lower)], "NTC"[trans_a], "NU"[bool(diag)], alpha, a, b)
+        routine("LR"[bool(side)], "UL"[bool(lower)], "NTC"[trans_a], "NU"[bool(diag)], call.scalar(alpha), a, b)
         return call.result(b)
 
     return triangular
@@ -118,14 +119,18 @@ def _symm(dtype: np.dtype, routine: Any) -> Callable[..., Any]:
         order = b.shape[1 if side else 0]
         _require(tuple(a.shape) == (order, order), f"a has shape {tuple(a.shape)}, not {(order, order)}")
         c = call.output(c, tuple(b.shape), overwrite_c)
-        routine("LR"[bool(side)], "UL"[bool(lower)], alpha, a, b, beta, c)
+        routine("LR"[bool(side)], "UL"[bool(lower)], call.scalar(alpha), a, b, call.scalar(beta), c)
         return call.result(c)
 
     return symm
 
 
-def _letter(routine_is_hermitian: bool, trans: int) -> str:
-    return ("C" if routine_is_hermitian else "T") if trans else "N"
+def _letter(hermitian: bool, trans: int) -> str:
+    return ("C" if hermitian else "T") if trans else "N"
+
+
+def _real(x: Any) -> float:
+    return float(np.real(x))
 
 
 def _syrk(dtype: np.dtype, routine: Any, hermitian: bool = False) -> Callable[..., Any]:
@@ -136,8 +141,8 @@ def _syrk(dtype: np.dtype, routine: Any, hermitian: bool = False) -> Callable[..
         a = call.matrix(a)
         order = a.shape[1 if trans else 0]
         c = call.output(c, (order, order), overwrite_c)
-        scalar = np.real if hermitian else np.asarray
-        routine("UL"[bool(lower)], _letter(hermitian, trans), scalar(alpha)[()], a, scalar(beta)[()], c)
+        scalar = _real if hermitian else call.scalar
+        routine("UL"[bool(lower)], _letter(hermitian, trans), scalar(alpha), a, scalar(beta), c)
         return call.result(c)
 
     return syrk
@@ -152,7 +157,8 @@ def _syr2k(dtype: np.dtype, routine: Any, hermitian: bool = False) -> Callable[.
         _require(tuple(a.shape) == tuple(b.shape), f"a and b have shapes {tuple(a.shape)} and {tuple(b.shape)}")
         order = a.shape[1 if trans else 0]
         c = call.output(c, (order, order), overwrite_c)
-        routine("UL"[bool(lower)], _letter(hermitian, trans), alpha, a, b, np.real(beta)[()] if hermitian else beta, c)
+        scalar = _real if hermitian else call.scalar
+        routine("UL"[bool(lower)], _letter(hermitian, trans), call.scalar(alpha), a, b, scalar(beta), c)
         return call.result(c)
 
     return syr2k
@@ -165,7 +171,9 @@ def _span(name: str, x: Any, offset: int, step: int, count: int) -> None:
     _require(offset + (count - 1) * abs(step) < x.shape[0] or count == 0, f"{name} is too short")
 
 
-def _vectors(call: _Call, m: int, n: int, x: Any, offx: int, incx: int, y: Any, offy: int, incy: int, overwrite: Any) -> Any:
+def _vectors(
+    call: _Call, m: int, n: int, x: Any, offx: int, incx: int, y: Any, offy: int, incy: int, overwrite: Any
+) -> Any:
     """x of n and y of m elements."""
     x = call.vector(x)
     length = offy + (1 + (m - 1) * abs(incy) if m > 0 else 0)
@@ -183,7 +191,7 @@ def _gemv(dtype: np.dtype, routine: Any) -> Callable[..., Any]:
         a, trans = call.operand(a, trans)
         m, n = _turned(a, trans)
         x, y = _vectors(call, m, n, x, offx, incx, y, offy, incy, overwrite_y)
-        routine("NTC"[trans], alpha, a, x, offx, incx, beta, y, offy, incy)
+        routine("NTC"[trans], call.scalar(alpha), a, x, offx, incx, call.scalar(beta), y, offy, incy)
         return call.result(y)
 
     return gemv
@@ -197,7 +205,7 @@ def _symv(dtype: np.dtype, routine: Any) -> Callable[..., Any]:
         _require(a.shape[0] == a.shape[1], f"a has shape {tuple(a.shape)}, which is not square")
         _require(incx > 0 and incy > 0, "increments are positive")
         x, y = _vectors(call, a.shape[0], a.shape[0], x, offx, incx, y, offy, incy, overwrite_y)
-        routine("UL"[bool(lower)], alpha, a, x, offx, incx, beta, y, offy, incy)
+        routine("UL"[bool(lower)], call.scalar(alpha), a, x, offx, incx, call.scalar(beta), y, offy, incy)
         return call.result(y)
 
     return symv
