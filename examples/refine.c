@@ -3,9 +3,11 @@
 
 #include <math.h>
 #include <stdio.h>
-#include <stdlib.h>
 
-enum { n = 500 };
+enum
+{
+    n = 500
+};
 
 /* The largest deviation of x from 1, which all of it should be. */
 static double error(const double* x)
@@ -19,13 +21,9 @@ static double error(const double* x)
 int main(void)
 {
     /* The Lehmer matrix, a(i, j) = min(i, j) / max(i, j): its condition is about n^2. */
-    double* a = malloc(sizeof(double) * n * n);
-    float* single = malloc(sizeof(float) * n * n);
-    static double b[n], x[n];
-    static float y[n];
+    static double a[n * n], b[n], x[n];
+    static float single[n * n], y[n];
     static int pivots[n];
-    if (!a || !single)
-        return 1;
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < n; ++i) {
             a[i + j * n] = i < j ? (i + 1.0) / (j + 1) : (j + 1.0) / (i + 1);
@@ -56,7 +54,5 @@ int main(void)
     printf("error %.1e, condition about %.1e\n", error(x), 1 / how.rcond);
 
     tarnShutdown();
-    free(single);
-    free(a);
     return 0;
 }

@@ -244,9 +244,7 @@ def _gels(space: Any, matrix: Any, rhs: Any, dtype: np.dtype, cond: float | None
     if info:
         raise LinAlgError(f"the matrix has not full rank: diagonal number {info} of its triangular factor is zero")
     rcond = _core.triangle_condition(factors) if min(m, n) > 0 else 1.0
-    limit = np.finfo(dtype).eps if cond is None else cond
-    if rcond < limit:
-        warn_if_singular(min(rcond, np.finfo(dtype).eps / 2), dtype, "the matrix, of deficient rank,", stacklevel=4)
+    warn_if_singular(rcond, dtype, "the matrix, of deficient rank,", stacklevel=4, limit=cond)
     solved = space.host(work)
     x = solved[:n].conj() if conjugate else solved[:n]
     residues = np.sum(np.abs(solved[n:m]) ** 2, axis=0) if m > n else np.empty(0, _real(dtype))

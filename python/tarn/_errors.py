@@ -16,9 +16,11 @@ except ImportError:
         """The solution of a problem may have no correct digit."""
 
 
-def warn_if_singular(rcond: float, dtype: np.dtype, what: str = "the matrix", stacklevel: int = 3) -> None:
-    """LinAlgWarning if `rcond` is below the epsilon of `dtype`."""
-    if rcond < np.finfo(dtype).eps:
+def warn_if_singular(
+    rcond: float, dtype: np.dtype, what: str = "the matrix", stacklevel: int = 3, limit: float | None = None
+) -> None:
+    """LinAlgWarning if `rcond` is below `limit`, the epsilon of `dtype` by default."""
+    if rcond < (np.finfo(dtype).eps if limit is None else limit):
         warnings.warn(
             f"{what} is close to singular, rcond = {rcond:.3g}: the result may have no correct digit",
             LinAlgWarning,

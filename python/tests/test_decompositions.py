@@ -79,8 +79,9 @@ def test_deficient_rank():
         assert rank == expected[2] == 2 and residues.shape == (0,)
     with pytest.raises(tarn.LinAlgError, match="diagonal number 1"):
         tarn.lstsq(np.zeros((3, 2), "f"), np.ones(3, "f"))
-    with pytest.warns(tarn.LinAlgWarning):
+    with pytest.warns(tarn.LinAlgWarning, match=r"rcond = 0\.000\d") as caught:
         tarn.lstsq(of_condition(20, 1e3, "f"), np.ones(20, "f"), cond=1e-2)
+    assert caught[0].filename == __file__
 
 
 @pytest.mark.parametrize("dtype", SINGLE)
