@@ -1,7 +1,7 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
 .PHONY: setup build test check-all check-clang coverage demo cluster bench performance cuda check-cuda gpu-bundle docs package \
-        format clean
+        wheel test-python format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
@@ -97,8 +97,15 @@ package: setup
 	@cd build/package && cpack
 	@tests/package/check-packages build/package/packages .
 
+# The Python package as a wheel in dist/, and its tests in a virtual environment of their own.
+wheel: setup
+	@scripts/python-wheel
+
+test-python: wheel
+	@scripts/python-test
+
 format:
 	@git ls-files '*.h' '*.hpp' '*.c' '*.cpp' '*.cu' 'include/tarndev/*' 'include/lapack/cu/*' | xargs clang-format -i
 
 clean:
-	rm -rf build gpu-bundle
+	rm -rf build gpu-bundle dist

@@ -10,7 +10,7 @@ endif()
 
 set(fortran_source ${CMAKE_INSTALL_DATADIR}/tarn_lapack/fortran/tarn.f90)
 
-set(package_targets tarn_core tarn_lapack)
+set(package_targets tarn_core tarn_lapack tarn_refine)
 # tarn::device: what a program needs that allocates device memory itself.
 add_library(tarn_device_interface INTERFACE)
 add_library(tarn::device ALIAS tarn_device_interface)
@@ -29,8 +29,8 @@ endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS tarn_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
-install(FILES include/tarn_core.h include/tarn_lapack.h include/tarn.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        COMPONENT development)
+install(FILES include/tarn_core.h include/tarn_lapack.h include/tarn_refine.h include/tarn.hpp
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(FILES fortran/tarn.f90 DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn_lapack/fortran COMPONENT development)
 install(EXPORT tarn_lapack_targets FILE tarn_lapack-targets.cmake NAMESPACE tarn::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack COMPONENT development)
@@ -64,6 +64,8 @@ set(pc_cflags "-I\${includedir}")
 pc_file(tarn_core "Status and error info of tarn_lapack" "" "${pc_libs} -ltarn_core" "${pc_cflags}")
 pc_file(tarn_lapack "${PROJECT_DESCRIPTION}" tarn_core "${pc_libs} -ltarn_lapack" "${pc_cflags}"
         "fortran=\${prefix}/${fortran_source}")
+pc_file(tarn_refine "Linear systems in double precision by factors in single precision" tarn_lapack
+        "${pc_libs} -ltarn_refine" "${pc_cflags}")
 if(TARN_PROVIDER STREQUAL software)
     set(pc_libs "${pc_libs} -ltarn_softdev")
     set(pc_cflags "-I\${includedir}/tarn_softdev")

@@ -59,19 +59,21 @@ double reciprocalConditionOfTriangle(char uplo, int n, const Matrix<T>& factors)
     return rcond;
 }
 
+template <class T>
 void warnOfCondition(const std::string& file, double rcond)
 {
-    if (!(rcond >= epsilon<float>))
-        fmt::print(
-            stderr,
-            "tarn: warning: {}: the matrix is singular to single precision (condition about {:.2g}): the solution "
-            "may have no correct digit\n",
-            file, 1 / rcond);
+    if (!(rcond >= epsilon<T>))
+        fmt::print(stderr,
+                   "tarn: warning: {}: the matrix is singular to {} precision (condition about {:.2g}): the solution "
+                   "may have no correct digit\n",
+                   file, select<T>("single", "double", "single", "double"), 1 / rcond);
 }
 
 template double reciprocalConditionOfLu(const Matrix<float>&, double);
 template double reciprocalConditionOfLu(const Matrix<std::complex<float>>&, double);
 template double reciprocalConditionOfTriangle(char, int, const Matrix<float>&);
 template double reciprocalConditionOfTriangle(char, int, const Matrix<std::complex<float>>&);
+template void warnOfCondition<float>(const std::string&, double);
+template void warnOfCondition<double>(const std::string&, double);
 
 } // namespace tarn::tool

@@ -16,7 +16,8 @@ double reciprocalConditionOfLu(const Matrix<T>& lu, double norm);
 template <class T>
 double reciprocalConditionOfTriangle(char uplo, int n, const Matrix<T>& factors);
 
-/// A line on the error stream if the matrix of that file is singular to single precision.
+/// A line on the error stream if the matrix of that file is singular to the precision of T.
+template <class T>
 void warnOfCondition(const std::string& file, double rcond);
 
 /// The largest deviation of x from 1, where all of it should be 1.
@@ -33,5 +34,7 @@ extern template double reciprocalConditionOfLu(const Matrix<float>&, double);
 extern template double reciprocalConditionOfLu(const Matrix<std::complex<float>>&, double);
 extern template double reciprocalConditionOfTriangle(char, int, const Matrix<float>&);
 extern template double reciprocalConditionOfTriangle(char, int, const Matrix<std::complex<float>>&);
+extern template void warnOfCondition<float>(const std::string&, double);
+extern template void warnOfCondition<double>(const std::string&, double);
 
 } // namespace tarn::tool

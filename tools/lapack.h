@@ -40,6 +40,12 @@ using FortranSymv = void(const char* uplo, const int* n, const T* alpha, const T
 template <class T>
 using FortranGetrf = void(const int* m, const int* n, T* a, const int* lda, int* ipiv, int* info);
 template <class T>
+using FortranGetrs = void(const char* trans, const int* n, const int* nrhs, const T* a, const int* lda, const int* ipiv,
+                          T* b, const int* ldb, int* info, std::size_t);
+template <class T>
+using FortranLaswp = void(const int* n, T* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+                          const int* incx);
+template <class T>
 using FortranGesv = void(const int* n, const int* nrhs, T* a, const int* lda, int* ipiv, T* b, const int* ldb,
                          int* info);
 template <class T>
@@ -109,7 +115,15 @@ FortranSymv<double> dsymv_;
 FortranSymv<std::complex<float>> chemv_;
 FortranSymv<std::complex<double>> zhemv_;
 FortranGetrf<float> sgetrf_;
+FortranGetrf<double> dgetrf_;
 FortranGetrf<std::complex<float>> cgetrf_;
+FortranGetrf<std::complex<double>> zgetrf_;
+FortranGetrs<float> sgetrs_;
+FortranGetrs<double> dgetrs_;
+FortranGetrs<std::complex<float>> cgetrs_;
+FortranGetrs<std::complex<double>> zgetrs_;
+FortranLaswp<float> slaswp_;
+FortranLaswp<std::complex<float>> claswp_;
 FortranGesv<float> sgesv_;
 FortranGesv<double> dgesv_;
 FortranGesv<std::complex<float>> cgesv_;
@@ -126,7 +140,9 @@ FortranGesvd<float> sgesvd_;
 FortranGesvd<double> dgesvd_;
 FortranComplexGesvd<float> cgesvd_;
 FortranGecon<float> sgecon_;
+FortranGecon<double> dgecon_;
 FortranGecon<std::complex<float>, float, float> cgecon_;
+FortranGecon<std::complex<double>, double, double> zgecon_;
 FortranTrcon<float> strcon_;
 FortranTrcon<double> dtrcon_;
 FortranTrcon<std::complex<float>, float, float> ctrcon_;

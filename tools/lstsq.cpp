@@ -241,7 +241,7 @@ int runLstsq(const Options& options)
     const Solution solution = complex ? solve<std::complex<float>>(options, files) : solve<float>(options, files);
     (options.json ? printJson : printText)(options, complex ? 'c' : 's', solution);
     if (solution.rcond)
-        warnOfCondition(options.matrix, *solution.rcond);
+        warnOfCondition<float>(options.matrix, *solution.rcond);
     return 0;
 }
 

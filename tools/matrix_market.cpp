@@ -345,6 +345,7 @@ template <class T>
 void write(const std::string& path, const Matrix<T>& a)
 {
     constexpr std::size_t pieces = 1 << 16;
+    constexpr int digits = std::numeric_limits<Real<T>>::max_digits10;
     Phase phase("writing " + withoutFolder(path));
     OutputFile file(path);
     fmt::memory_buffer text;
@@ -353,9 +354,9 @@ void write(const std::string& path, const Matrix<T>& a)
                    a.cols);
     for (const T& x : a.values) {
         if constexpr (isComplex<T>)
-            fmt::format_to(end, "{:.9g} {:.9g}\n", x.real(), x.imag());
+            fmt::format_to(end, "{:.{}g} {:.{}g}\n", x.real(), digits, x.imag(), digits);
         else
-            fmt::format_to(end, "{:.9g}\n", x);
+            fmt::format_to(end, "{:.{}g}\n", x, digits);
         if (text.size() < pieces)
             continue;
         file.write({text.data(), text.size()});
@@ -391,5 +392,9 @@ AnyMatrix readMatrixMarket(const std::string& path)
 void writeMatrixMarket(const std::string& path, const Matrix<float>& a) { write(path, a); }
 
 void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a) { write(path, a); }
+
+void writeMatrixMarket(const std::string& path, const Matrix<double>& a) { write(path, a); }
+
+void writeMatrixMarket(const std::string& path, const Matrix<std::complex<double>>& a) { write(path, a); }
 
 } // namespace tarn::tool

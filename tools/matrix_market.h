@@ -35,8 +35,11 @@ using AnyMatrix = std::variant<Matrix<double>, Matrix<std::complex<double>>>;
  */
 AnyMatrix readMatrixMarket(const std::string& path);
 
-/// Writes array format, general, each value with 9 significant digits, as an OutputFile. Raises Failure.
+/// Writes array format, general, each value with 9 significant digits, or 17 in double precision, as an OutputFile.
+/// Raises Failure.
 void writeMatrixMarket(const std::string& path, const Matrix<float>& a);
 void writeMatrixMarket(const std::string& path, const Matrix<std::complex<float>>& a);
+void writeMatrixMarket(const std::string& path, const Matrix<double>& a);
+void writeMatrixMarket(const std::string& path, const Matrix<std::complex<double>>& a);
 
 } // namespace tarn::tool

@@ -5,6 +5,7 @@
 #include "json.h"
 #include "output.h"
 #include "progress.h"
+#include "refined_solution.h"
 #include "single_precision.h"
 #include "timing.h"
 
@@ -20,14 +21,15 @@ namespace {
 struct SolveOptions
 {
     std::string matrix, rhs, out;
-    bool complex = false, json = false;
+    bool complex = false, json = false, refine = false, single = false;
 };
 
 struct Solution
 {
     int n = 0, nrhs = 0;
     double seconds = 0, gflops = 0, backwardError = 0, rcond = 0;
-    std::optional<double> forwardError = {}; ///< where the solution is known
+    std::optional<double> forwardError = {};       ///< where the solution is known
+    std::optional<tarnRefinement> refinement = {}; ///< where it is one in double precision
 };
 
 void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
@@ -42,6 +44,48 @@ void checkShapes(const SolveOptions& options, const AnyMatrix& matrix, const std
                                   shapeOf(*rhs).first, rows));
 }
 
+/// The matrix of a file for W double, or for W complex if it is real.
+template <class W>
+Matrix<W> toDouble(const AnyMatrix& any)
+{
+    const auto* same = std::get_if<Matrix<W>>(&any);
+    return same ? *same : convert<W>(std::get<Matrix<double>>(any));
+}
+
+/// What both precisions say of X, which goes to its file.
+template <class T>
+void finish(const SolveOptions& options, const Matrix<T>& a, const Matrix<T>& b, const Matrix<T>& x, Phase& phase,
+            Solution& result)
+{
+    phase.next("checking");
+    result.gflops = gesvFlops(a.rows, b.cols) * (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
+    result.backwardError = solveBackwardError(a, b, x);
+    if (options.rhs.empty())
+        result.forwardError = deviationFromOnes(x);
+    if (!std::isfinite(result.backwardError))
+        throw Failure(options.matrix + ": the solution does not fit " +
+                      select<T>("single", "double", "single", "double") + " precision");
+    phase.end();
+    if (!options.out.empty())
+        writeMatrixMarket(options.out, x);
+}
+
+template <class W>
+Solution solveInDouble(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
+{
+    const Matrix<W> a = toDouble<W>(matrix);
+    const Matrix<W> b = rhs ? toDouble<W>(*rhs) : rowSums(a);
+    Solution result{a.rows, b.cols};
+    Phase phase("solving in double precision");
+    const RefinedSolution<W> refined = solveRefined(options.matrix, a, b);
+    result.seconds = refined.seconds;
+    result.rcond = refined.how.rcond;
+    result.refinement = refined.how;
+    finish(options, a, b, refined.x, phase, result);
+    return result;
+}
+
+/// In single precision; in double where single loses more than half of its digits and the files hold more.
 template <class T>
 Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::optional<AnyMatrix>& rhs)
 {
@@ -51,7 +95,6 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
     Matrix<T> factors = a, x = b;
     std::vector<int> pivots(std::max(1, a.rows));
 
-    const Library library;
     Phase phase("solving", bench::expectedSeconds("gesv", letter<T>, {0, a.rows, 0, b.cols}));
     tarnStatus status = tarnNoError;
     result.seconds = secondsOf([&] {
@@ -62,22 +105,21 @@ Solution solve(const SolveOptions& options, const AnyMatrix& matrix, const std::
             status =
                 call(tarnSgesv, a.rows, b.cols, factors.values.data(), a.ld(), pivots.data(), x.values.data(), b.ld());
     });
-    if (const tarnInfo pivot = tarnGetErrorInfo(); status == tarnDataError && pivot > 0)
+    const tarnInfo pivot = tarnGetErrorInfo();
+    const bool singular = status == tarnDataError && pivot > 0;
+    if (!singular) {
+        check(status, isComplex<T> ? "tarnCgesv" : "tarnSgesv");
+        result.rcond = reciprocalConditionOfLu(factors, norm1(a));
+    }
+    if (!options.single && !(result.rcond >= rcondOfHalfTheDigits) &&
+        (holdsDoubles(matrix) || (rhs && holdsDoubles(*rhs)))) {
+        phase.end();
+        return solveInDouble<Wide<T>>(options, matrix, rhs);
+    }
+    if (singular)
         throw Failure(fmt::format("{}: the matrix is singular: U({}, {}) of its LU factorisation is zero",
                                   options.matrix, pivot, pivot));
-    check(status, isComplex<T> ? "tarnCgesv" : "tarnSgesv");
-
-    phase.next("checking");
-    result.gflops = gesvFlops(a.rows, b.cols) * (isComplex<T> ? 4 : 1) * 1e-9 / result.seconds;
-    result.rcond = reciprocalConditionOfLu(factors, norm1(a));
-    result.backwardError = solveBackwardError(a, b, x);
-    if (!rhs)
-        result.forwardError = deviationFromOnes(x);
-    if (!std::isfinite(result.backwardError))
-        throw Failure(options.matrix + ": the solution does not fit single precision");
-    phase.end();
-    if (!options.out.empty())
-        writeMatrixMarket(options.out, x);
+    finish(options, a, b, x, phase, result);
     return result;
 }
 
@@ -95,15 +137,22 @@ void print(const SolveOptions& options, char type, const Solution& s)
                                          {"backward_error", s.backwardError},
                                          {"rcond", s.rcond},
                                          {"status", status}};
+        if (s.refinement)
+            object["iter"] = s.refinement->iter;
         if (s.forwardError)
             object["forward_error"] = *s.forwardError;
         printObject(object);
         return;
     }
-    fmt::print("system          order {}, {} right-hand side{}, {} single precision\n", s.n, s.nrhs,
-               s.nrhs == 1 ? "" : "s", type == 'c' ? "complex" : "real");
+    const char* precision = s.refinement ? "double" : "single";
+    fmt::print("system          order {}, {} right-hand side{}, {} {} precision\n", s.n, s.nrhs, s.nrhs == 1 ? "" : "s",
+               type == 'c' || type == 'z' ? "complex" : "real", precision);
+    if (s.refinement)
+        fmt::print("solved          {}{}\n", wayOf(*s.refinement),
+                   options.refine ? "" : "; single precision loses more than half of its digits here");
     fmt::print("time            {:.6f} s, {:.2f} GFLOP/s\n", s.seconds, s.gflops);
-    fmt::print("backward error  {:.3g}   norm1(B - A X) / (n norm1(A) norm1(X) eps), eps = 2^-23\n", s.backwardError);
+    fmt::print("backward error  {:.3g}   norm1(B - A X) / (n norm1(A) norm1(X) eps), eps = 2^-{}\n", s.backwardError,
+               s.refinement ? 52 : 23);
     fmt::print("condition       {:.3g}   an estimate of norm1(A) norm1(A^-1)\n", 1 / s.rcond);
     if (s.forwardError)
         fmt::print("forward error   {:.3g}   largest |x - 1|, where all of X should be 1\n", *s.forwardError);
@@ -122,10 +171,17 @@ int runSolve(const SolveOptions& options)
     checkShapes(options, matrix, rhs);
 
     const bool complex = options.complex || holdsComplex(matrix) || (rhs && holdsComplex(*rhs));
-    const Solution solution =
-        complex ? solve<std::complex<float>>(options, matrix, rhs) : solve<float>(options, matrix, rhs);
-    print(options, complex ? 'c' : 's', solution);
-    warnOfCondition(options.matrix, solution.rcond);
+    const Library library;
+    const auto way = options.refine ? (complex ? &solveInDouble<std::complex<double>> : &solveInDouble<double>)
+                                    : (complex ? &solve<std::complex<float>> : &solve<float>);
+    const Solution solution = way(options, matrix, rhs);
+    if (solution.refinement) {
+        print(options, complex ? 'z' : 'd', solution);
+        warnOfCondition<double>(options.matrix, solution.rcond);
+    } else {
+        print(options, complex ? 'c' : 's', solution);
+        warnOfCondition<float>(options.matrix, solution.rcond);
+    }
     return 0;
 }
 
@@ -140,6 +196,11 @@ Command addSolve(CLI::App& tarn)
     app->add_option("--out", options->out, "Where X goes, in array format; - is the standard output")
         ->type_name("FILE");
     app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
+    auto* refine =
+        app->add_flag("--refine", options->refine, "Solve in double precision, by factors in single precision");
+    app->add_flag("--single", options->single,
+                  "Stay in single precision; else the files' doubles are refined where it loses half of its digits")
+        ->excludes(refine);
     app->add_flag("--json", options->json, "Print one JSON object");
     return {app, [options] { return runSolve(*options); }};
 }

@@ -121,7 +121,7 @@ TEST_F(Tool, TellsHowFarASolutionCanBeTrusted)
     std::string hilbert = "12 12\n";
     for (int i = 0; i < 144; ++i)
         hilbert += std::to_string(1.0 / (i / 12 + i % 12 + 1)) + "\n";
-    const nlohmann::json worthless = report("solve " + matrix("h.mtx", "array real general", hilbert), true);
+    const nlohmann::json worthless = report("solve --single " + matrix("h.mtx", "array real general", hilbert), true);
     EXPECT_LT(worthless["backward_error"], 30) << "which says nothing about the digits";
     EXPECT_GT(worthless["forward_error"], 0.01);
     // The third column is the sum of the others; six rows, and the same as a problem of least norm.
@@ -129,6 +129,39 @@ TEST_F(Tool, TellsHowFarASolutionCanBeTrusted)
     report("lstsq " + matrix("t.mtx", "array real general", tall), true);
     const std::string text = run("lstsq " + scratch.path("t.mtx")).out;
     EXPECT_NE(text.find("\ncondition       "), std::string::npos) << text;
+}
+
+TEST_F(Tool, SolvesInDoublePrecisionWhereSingleIsNotEnough)
+{
+    const auto report = [&](const std::string& arguments) {
+        const Run result = run("solve --json " + arguments);
+        EXPECT_EQ(result.status, 0) << result.err;
+        return nlohmann::json::parse(result.out);
+    };
+    const nlohmann::json chosen = report(TARN_DATA "/utm300.mtx");
+    EXPECT_EQ(chosen["type"], "d") << "its condition is 1.5e6";
+    EXPECT_GT(chosen["iter"], 0);
+    EXPECT_LT(chosen["forward_error"], 1e-9);
+    EXPECT_EQ(report(TARN_DATA "/utm300.mtx --complex")["type"], "z");
+    const nlohmann::json single = report("--single " TARN_DATA "/utm300.mtx");
+    EXPECT_EQ(single["type"], "s");
+    EXPECT_FALSE(single.contains("iter"));
+
+    // Condition 3 needs no more than asked for; a third has 17 digits.
+    const std::string three = matrix("three.mtx", "array real general", "2 2\n3\n0\n0\n1\n");
+    const std::string b = matrix("b.mtx", "array real general", "2 1\n1\n1\n");
+    EXPECT_EQ(report(three)["type"], "s");
+    EXPECT_EQ(report("--refine " + three + " --rhs " + b + " --out " + scratch.path("x.mtx"))["iter"], -1);
+    EXPECT_EQ(scratch.read("x.mtx"), "%%MatrixMarket matrix array real general\n2 1\n0.33333333333333331\n1\n");
+    // Condition 1e5, but of values that single precision holds.
+    const std::string exact = matrix("exact.mtx", "array real general", "2 2\n131072\n0\n0\n1\n");
+    EXPECT_EQ(report(exact)["type"], "s");
+    // Singular in single precision; in double as well.
+    EXPECT_LT(report(matrix("close.mtx", "array real general", "2 2\n1\n1\n1\n1.000000001\n"))["forward_error"], 1e-6);
+    const std::string close = matrix("closer.mtx", "array real general", "2 2\n1\n1\n1\n1.0000000000000002\n");
+    EXPECT_NE(run("solve " + close).err.find("singular to double precision"), std::string::npos);
+    expectFailure("solve --refine " + matrix("zero.mtx", "array real general", "2 2\n1\n2\n2\n4\n"),
+                  "zero.mtx: the matrix is singular: U(2, 2)");
 }
 
 TEST_F(Tool, RefusesBadSystemsInOneLine)
