@@ -67,18 +67,18 @@ TYPED_TEST(Lu, SquareFactorsAroundEveryEdge)
 
 TYPED_TEST(Lu, RectangularFactors)
 {
-    const int nb = this->nb;
+    const int block = this->nb;
     const std::pair<int, int> shapes[] = {{1000, 999},
                                           {999, 1000},
                                           {1100, 300},
-                                          {2100, 70 /* tall panels */},
                                           {300, 1100},
+                                          {2100, 70}, // tall panels
                                           {100, 2000},
                                           {1, 300},
                                           {300, 1},
-                                          {2 * nb + 3, nb},
-                                          {nb + 1, 3 * nb},
-                                          {2 * nb + 3, nb + 1}};
+                                          {2 * block + 3, block},
+                                          {block + 1, 3 * block},
+                                          {2 * block + 3, block + 1}};
     for (const auto& [m, n] : shapes)
         expectFactors<TypeParam>(m, n, 5);
 }
