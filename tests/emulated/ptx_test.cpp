@@ -87,7 +87,11 @@ std::string fault(const std::string& body, unsigned threads = 1, unsigned blocks
     return "nothing";
 }
 
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+/// Expects a report of these words.
+void expectFault(const std::string& words, const std::string& body, unsigned threads = 1, unsigned blocks = 1)
+{
+    EXPECT_NE(fault(body, threads, blocks).find(words), std::string::npos) << words << " of " << body;
+}
 
 } // namespace
 
@@ -184,26 +188,25 @@ TEST(Ptx, AtomicsAddUpAcrossBlocks)
 
 TEST(Ptx, AddressesAreChecked)
 {
-    EXPECT_TRUE(contains(fault("st.global.u32 [%rd1+256], %r1;"), "not allocated"));
-    EXPECT_TRUE(contains(fault("ld.global.u32 %r3, [%rd1+-4];"), "not allocated"));
-    EXPECT_TRUE(contains(fault("mov.b64 %rd3, -4;\nld.global.u32 %r3, [%rd3];"), "not allocated"));
-    EXPECT_TRUE(contains(fault("st.global.u32 [%rd1+2], %r1;"), "not divisible by 4"));
-    EXPECT_TRUE(contains(fault("st.global.v2.u32 [%rd1+4], {%r1, %r1};"), "not divisible by 8"));
-    EXPECT_TRUE(contains(fault("mov.u32 %r3, tile;\nst.shared.u32 [%r3+512], %r1;"), "shared memory behind its end"));
-    EXPECT_TRUE(contains(fault("mov.u64 %rd3, depot;\nst.local.u32 [%rd3+8], %r1;"), "local memory behind its end"));
-    EXPECT_TRUE(contains(fault("ld.param.u64 %rd3, [k_param_0+8];"), "parameters behind their end"));
+    expectFault("not allocated", "st.global.u32 [%rd1+256], %r1;");
+    expectFault("not allocated", "ld.global.u32 %r3, [%rd1+-4];");
+    expectFault("not allocated", "mov.b64 %rd3, -4;\nld.global.u32 %r3, [%rd3];");
+    expectFault("not divisible by 4", "st.global.u32 [%rd1+2], %r1;");
+    expectFault("not divisible by 8", "st.global.v2.u32 [%rd1+4], {%r1, %r1};");
+    expectFault("shared memory behind its end", "mov.u32 %r3, tile;\nst.shared.u32 [%r3+512], %r1;");
+    expectFault("local memory behind its end", "mov.u64 %rd3, depot;\nst.local.u32 [%rd3+8], %r1;");
+    expectFault("parameters behind their end", "ld.param.u64 %rd3, [k_param_0+8];");
     // An offset in 32 bits: 2^31 times 4, sign-extended.
-    EXPECT_TRUE(contains(fault("mov.b32 %r3, -2147483648;\ncvt.s64.s32 %rd3, %r3;\nadd.s64 %rd3, %rd1, %rd3;\n"
-                               "st.global.u32 [%rd3], %r1;"),
-                         "not allocated"));
+    expectFault("not allocated", "mov.b32 %r3, -2147483648;\ncvt.s64.s32 %rd3, %r3;\nadd.s64 %rd3, %rd1, %rd3;\n"
+                                 "st.global.u32 [%rd3], %r1;");
 }
 
 TEST(Ptx, WhatNobodyWroteMayBeMovedButNotUsed)
 {
-    EXPECT_TRUE(contains(fault("ld.global.f32 %f1, [%rd1];\nadd.f32 %f2, %f1, %f1;"), "nobody has written"));
-    EXPECT_TRUE(contains(fault("ld.global.f64 %fd1, [%rd1];\nsetp.lt.f64 %p1, %fd1, %fd1;"), "nobody has written"));
+    expectFault("nobody has written", "ld.global.f32 %f1, [%rd1];\nadd.f32 %f2, %f1, %f1;");
+    expectFault("nobody has written", "ld.global.f64 %fd1, [%rd1];\nsetp.lt.f64 %p1, %fd1, %fd1;");
     EXPECT_EQ(fault("ld.global.f32 %f1, [%rd1];\nst.global.f32 [%rd1+4], %f1;"), "nothing");
-    EXPECT_TRUE(contains(fault("mov.u32 %r3, tile;\nld.shared.f32 %f1, [%r3];"), "shared memory that nobody has"));
+    expectFault("shared memory that nobody has", "mov.u32 %r3, tile;\nld.shared.f32 %f1, [%r3];");
     EXPECT_EQ(fault("mov.u32 %r3, tile;\nst.shared.u32 [%r3], %r1;\nld.shared.f32 %f1, [%r3];"), "nothing");
 }
 
@@ -213,37 +216,34 @@ TEST(Ptx, RacesInsideABlock)
                              "add.s32 %r6, %r3, %r4;\n"; // %r5: the thread's own word, %r6: its neighbour's
     const std::string own = "st.shared.u32 [%r5], %r1;\n", read = "ld.shared.u32 %r7, [%r6];\n", sync = "bar.sync 0;\n";
     EXPECT_EQ(fault(tile + own + sync + read + sync + own, 64), "nothing");
-    EXPECT_TRUE(contains(fault(tile + own + read, 64), "two threads")) << "read after write";
-    EXPECT_TRUE(contains(fault(tile + own + sync + read + own, 64), "two threads")) << "write after read";
-    EXPECT_TRUE(contains(fault(tile + "st.shared.u32 [%r3], %r1;", 64), "two threads")) << "write after write";
+    expectFault("two threads", tile + own + read, 64);                  // read after write
+    expectFault("two threads", tile + own + sync + read + own, 64);     // write after read
+    expectFault("two threads", tile + "st.shared.u32 [%r3], %r1;", 64); // write after write
     // The same in device memory, where two reads are no race.
-    EXPECT_TRUE(contains(fault("st.global.u32 [%rd2], %r1;\nld.global.u32 %r3, [%rd1];", 32), "two threads"));
+    expectFault("two threads", "st.global.u32 [%rd2], %r1;\nld.global.u32 %r3, [%rd1];", 32);
     EXPECT_EQ(fault("st.global.u32 [%rd2], %r1;\nbar.sync 0;\nld.global.u32 %r3, [%rd1];", 32), "nothing");
 }
 
 TEST(Ptx, RacesBetweenBlocks)
 {
     const std::string add = "mov.f32 %f1, 0f3F800000;\natom.global.add.f32 %f2, [%rd1], %f1;\n";
-    EXPECT_TRUE(contains(fault("st.global.u32 [%rd1], %r2;", 1, 2), "two blocks")) << "both write";
-    EXPECT_TRUE(
-        contains(fault("setp.eq.u32 %p1, %r2, 0;\n@%p1 st.global.u32 [%rd1], %r1;\nld.global.u32 %r3, [%rd1];", 1, 2),
-                 "two blocks"));
-    EXPECT_TRUE(
-        contains(fault("setp.eq.u32 %p1, %r2, 3;\nld.global.u32 %r3, [%rd1];\n@%p1 st.global.u32 [%rd1], %r1;", 1, 4),
-                 "two blocks"))
-        << "several have read";
-    EXPECT_TRUE(contains(fault("st.global.u32 [%rd1], %r1;\n" + add, 1, 2), "two blocks")) << "atomic after plain";
-    EXPECT_TRUE(contains(fault(add + "ld.global.u32 %r3, [%rd1];", 1, 2), "a race")) << "plain after atomic";
+    expectFault("two blocks", "st.global.u32 [%rd1], %r2;", 1, 2); // both write
+    expectFault("two blocks", "setp.eq.u32 %p1, %r2, 0;\n@%p1 st.global.u32 [%rd1], %r1;\nld.global.u32 %r3, [%rd1];",
+                1, 2);
+    expectFault("two blocks", "setp.eq.u32 %p1, %r2, 3;\nld.global.u32 %r3, [%rd1];\n@%p1 st.global.u32 [%rd1], %r1;",
+                1, 4);                                                     // several have read
+    expectFault("two blocks", "st.global.u32 [%rd1], %r1;\n" + add, 1, 2); // atomic after plain
+    expectFault("a race", add + "ld.global.u32 %r3, [%rd1];", 1, 2);       // plain after atomic
     EXPECT_EQ(fault("ld.global.u32 %r3, [%rd1];", 32, 4), "nothing");
 }
 
 TEST(Ptx, BarriersMustBeReachedByAll)
 {
-    EXPECT_TRUE(contains(fault("setp.lt.u32 %p1, %r1, 32;\n@%p1 bra $end;\nbar.sync 0;\n$end:", 64), "have ended"));
-    EXPECT_TRUE(contains(fault("setp.lt.u32 %p1, %r1, 32;\n@%p1 bra $other;\nbar.sync 0;\nbra.uni $end;\n$other:\n"
-                               "bar.sync 0;\n$end:",
-                               64),
-                         "different barriers"));
+    expectFault("have ended", "setp.lt.u32 %p1, %r1, 32;\n@%p1 bra $end;\nbar.sync 0;\n$end:", 64);
+    expectFault("different barriers",
+                "setp.lt.u32 %p1, %r1, 32;\n@%p1 bra $other;\nbar.sync 0;\nbra.uni $end;\n$other:\n"
+                "bar.sync 0;\n$end:",
+                64);
 }
 
 TEST(Ptx, AReportSaysWhere)

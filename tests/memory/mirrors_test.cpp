@@ -161,27 +161,6 @@ TEST_F(Mirrors, FailedRoutinesAndExceptionsKeepTheCallersArray)
     EXPECT_EQ(host, std::vector<float>(6, 99.f));
 }
 
-TEST_F(MirrorCalls, AMirrorThatCannotBeMadeLeavesNothingBehind)
-{
-    std::vector<float> first(4, 1), second(4, 2);
-    const auto makeBoth = [&] {
-        DeviceMirror<float> a({2, 2, 1}, first.data(), 2, MirrorIn | MirrorOut);
-        setOnDevice(a.data(), 2, 2, a.deviceLd(), std::vector<float>(4, 99.f));
-        DeviceMirror<float> b({2, 2, 1}, second.data(), 2, MirrorIn | MirrorOut);
-    };
-    softdevFailCall("cudaMalloc", 2, 2);
-    EXPECT_THROW(makeBoth(), velk::CudaMemoryException);
-    softdevFailCall("cudaMemcpy2D", 3, 719);
-    EXPECT_THROW(makeBoth(), velk::CudaRuntimeException);
-    EXPECT_EQ(first, std::vector<float>(4, 1.f));
-    EXPECT_EQ(softdevLive().allocations, 0u);
-
-    softdevFailCall("cudaMemcpy2D", 4, 719); // the copy back of b
-    EXPECT_NO_THROW(makeBoth());
-    EXPECT_EQ(first, std::vector<float>(4, 99.f)) << "which does not keep the other from its own";
-    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-}
-
 TEST_F(Mirrors, VectorsAreGatheredAndScattered)
 {
     for (const int incx : {1, 3, -2}) {

@@ -8,6 +8,7 @@
 
 #include "softdev.h"
 #include "softdev_launch.h"
+#include "support/device.h"
 
 /// Starts every test on the default machine, and finds out if it leaves something behind.
 class SoftdevTest : public testing::Test
@@ -36,35 +37,13 @@ protected:
     }
 };
 
-/// Device memory of `count` elements.
+/// Device memory of `count` elements, or of a copy of an array, which the calls take as an address.
 template <class T>
-class DeviceArray
+class DeviceArray : public test::DeviceArray<T>
 {
 public:
-    explicit DeviceArray(std::size_t count) : count_(count)
-    {
-        EXPECT_EQ(cudaMalloc(&data_, count * sizeof(T)), cudaSuccess);
-    }
-    explicit DeviceArray(const std::vector<T>& values) : DeviceArray(values.size())
-    {
-        EXPECT_EQ(cudaMemcpy(data_, values.data(), bytes(), cudaMemcpyHostToDevice), cudaSuccess);
-    }
-    ~DeviceArray() { EXPECT_EQ(cudaFree(data_), cudaSuccess); }
-    DeviceArray(const DeviceArray&) = delete;
-
-    operator T*() const { return data_; }
-    std::size_t bytes() const { return count_ * sizeof(T); }
-
-    std::vector<T> download() const
-    {
-        std::vector<T> values(count_);
-        EXPECT_EQ(cudaMemcpy(values.data(), data_, bytes(), cudaMemcpyDeviceToHost), cudaSuccess);
-        return values;
-    }
-
-private:
-    T* data_ = nullptr;
-    std::size_t count_;
+    using test::DeviceArray<T>::DeviceArray;
+    operator T*() const { return this->data(); }
 };
 
 /// Page-locked host memory of `count` elements.

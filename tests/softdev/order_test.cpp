@@ -26,7 +26,7 @@ TEST_F(OrderTest, PageLockedCopiesAreLate)
             ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
             DeviceArray<int> device(count);
             PinnedArray<int> up(count), down(count);
-            const std::size_t bytes = device.bytes();
+            const std::size_t bytes = count * sizeof(int);
             up[0] = 1;
             down[0] = 7;
             ASSERT_EQ(cudaMemcpyAsync(device, up, bytes, cudaMemcpyHostToDevice, stream), cudaSuccess);
