@@ -94,6 +94,7 @@ package: setup
 	@scripts/install-dependencies dpkg-dev file lintian
 	@cmake --preset package $(CMAKE_FLAGS)
 	@cmake --build --preset package -j $(JOBS)
+	@rm -rf build/package/packages
 	@cd build/package && cpack
 	@tests/package/check-packages build/package/packages .
 
