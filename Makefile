@@ -1,7 +1,7 @@
 # Front doors. Each target sets up what it needs on a fresh machine; the work is in CMakePresets.json.
 .DEFAULT_GOAL := build
-.PHONY: setup build test check-all check-clang coverage demo cluster bench performance cuda check-cuda gpu-bundle docs package \
-        wheel test-python format clean
+.PHONY: setup build test check-all check-clang coverage demo cluster bench performance cuda check-cuda gpu-bundle
+.PHONY: docs package wheel test-python format clean
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=

@@ -32,21 +32,21 @@ module tarn
   integer(c_int), parameter :: tarnUnspecifiedError = 12
 
   interface
-    !> Status of the last tarn call on the calling thread that records one; tarnNoError before any.
+    !> Status of the last tarn call on the calling thread.
     integer(c_int) function tarnGetLastStatus() &
         bind(c, name="tarnGetLastStatus")
       import
       implicit none
     end function
 
-    !> Error info of the last tarn call on the calling thread that records one; 0 before any.
+    !> Error info of the last tarn call on the calling thread.
     integer(c_int32_t) function tarnGetErrorInfo() &
         bind(c, name="tarnGetErrorInfo")
       import
       implicit none
     end function
 
-    !> Records the status of the call that is ending, for tarnGetLastStatus on this thread. For tarn libraries.
+    !> Records the status of the call that is ending, for tarnGetLastStatus() on this thread. For tarn libraries.
     subroutine tarnSetLastStatus(status) &
         bind(c, name="tarnSetLastStatus")
       import
@@ -54,7 +54,7 @@ module tarn
       integer(c_int), value :: status
     end subroutine
 
-    !> Records the detail of the call that is running, for tarnGetErrorInfo on this thread. For tarn libraries.
+    !> Records the detail of the call that is running, for tarnGetErrorInfo() on this thread. For tarn libraries.
     subroutine tarnSetErrorInfo(info) &
         bind(c, name="tarnSetErrorInfo")
       import
@@ -71,7 +71,7 @@ module tarn
     end function
 
     !> Takes the calling thread out; the last registered thread takes the library down and frees its device workspace.
-    !  No routine may be running in another thread then. Does nothing before tarnInitialize.
+    !  No routine may be running in another thread then. Does nothing before tarnInitialize().
     subroutine tarnShutdown() &
         bind(c, name="tarnShutdown")
       import
@@ -85,43 +85,49 @@ module tarn
       implicit none
     end subroutine
 
+    !> Version of this library.
     integer(c_int32_t) function tarnGetVersion() &
         bind(c, name="tarnGetVersion")
       import
       implicit none
     end function
 
+    !> Oldest CUDA that is served.
     integer(c_int32_t) function tarnGetCudaMinimumVersion() &
         bind(c, name="tarnGetCudaMinimumVersion")
       import
       implicit none
     end function
 
+    !> CUDA runtime in use.
     integer(c_int32_t) function tarnGetCudaRuntimeVersion() &
         bind(c, name="tarnGetCudaRuntimeVersion")
       import
       implicit none
     end function
 
+    !> CUDA driver in use.
     integer(c_int32_t) function tarnGetCudaDriverVersion() &
         bind(c, name="tarnGetCudaDriverVersion")
       import
       implicit none
     end function
 
+    !> Oldest cuBLAS that is served.
     integer(c_int32_t) function tarnGetCublasMinimumVersion() &
         bind(c, name="tarnGetCublasMinimumVersion")
       import
       implicit none
     end function
 
+    !> cuBLAS in use.
     integer(c_int32_t) function tarnGetCublasRuntimeVersion() &
         bind(c, name="tarnGetCublasRuntimeVersion")
       import
       implicit none
     end function
 
-    !> Text of a status, in constant storage; "Invalid tarnStatus" for a value that is none. Records nothing.
+    !> Text of a status. Records nothing.
     type(c_ptr) function tarnGetStatusString(e) &
         bind(c, name="tarnGetStatusString")
       import
@@ -129,8 +135,7 @@ module tarn
       integer(c_int), value :: e
     end function
 
-    !> Writes a message for status e with info i into buf, cut to bufsize bytes and always terminated.
-    !  tarnArgumentError: info -1 (e is no status), -3 (buf is null), -4 (bufsize is not positive).
+    !> Writes a message for a status and its info.
     integer(c_int) function tarnGetErrorInfoString(e, i, buf, bufsize) &
         bind(c, name="tarnGetErrorInfoString")
       import
@@ -140,7 +145,7 @@ module tarn
       character(kind=c_char), intent(out) :: buf(*)
     end function
 
-    !> Number of CUDA devices, at most 16. tarnArgumentError: info -1 (dev is null).
+    !> Number of CUDA devices.
     integer(c_int) function tarnGetDeviceCount(dev) &
         bind(c, name="tarnGetDeviceCount")
       import
@@ -148,7 +153,7 @@ module tarn
       integer(c_int), intent(out) :: dev
     end function
 
-    !> Makes device dev current on the calling thread, for CUDA and so for this library. tarnArgumentError: info -1.
+    !> Makes a device current on the calling thread, for CUDA and so for this library.
     integer(c_int) function tarnSelectDevice(dev) &
         bind(c, name="tarnSelectDevice")
       import
@@ -156,7 +161,7 @@ module tarn
       integer(c_int), value :: dev
     end function
 
-    !> The device on which routines of the calling thread run. tarnArgumentError: info -1 (dev is null).
+    !> The device on which routines of the calling thread run.
     integer(c_int) function tarnGetExecutingDevice(dev) &
         bind(c, name="tarnGetExecutingDevice")
       import
@@ -164,9 +169,8 @@ module tarn
       integer(c_int), intent(out) :: dev
     end function
 
-    !> Writes the name of device dev and its memory, such as "tarn software device (8 GB)", into buf, cut to bufsize
-    !  bytes and always terminated. Memory is rounded to a whole number of the largest unit that it reaches, by powers
-    !  of 1024. tarnArgumentError: info -1 (dev is no device), -2 (buf is null), -3 (bufsize is not positive).
+    !> Writes the name of a device and its memory, such as "tarn software device (8 GB)". Memory is rounded to a whole
+    !  number of the largest unit that it reaches, by powers of 1024.
     integer(c_int) function tarnGetDeviceInfo(dev, buf, bufsize) &
         bind(c, name="tarnGetDeviceInfo")
       import
@@ -175,7 +179,7 @@ module tarn
       character(kind=c_char), intent(out) :: buf(*)
     end function
 
-    !> getrf: A = P L U with partial pivoting, by blocked right-looking elimination with look-ahead.
+    !> LU factorisation A = P L U with partial pivoting, by blocked right-looking elimination with look-ahead.
     integer(c_int) function tarnSgetrf(m, n, a, lda, ipiv) &
         bind(c, name="tarnSgetrf")
       import
@@ -210,7 +214,7 @@ module tarn
       type(c_ptr), value :: a, ipiv
     end function
 
-    !> gesv: solves A X = B by LU factorisation with partial pivoting.
+    !> Solves A X = B by LU factorisation with partial pivoting.
     integer(c_int) function tarnSgesv(n, nrhs, a, lda, ipiv, b, ldb) &
         bind(c, name="tarnSgesv")
       import
@@ -245,7 +249,7 @@ module tarn
       type(c_ptr), value :: a, ipiv, b
     end function
 
-    !> geqrf: A = Q R by Householder reflections, blocked with look-ahead; Q = H(1) H(2) ... H(k), k = min(m, n).
+    !> QR factorisation A = Q R by Householder reflections, blocked with look-ahead.
     integer(c_int) function tarnSgeqrf(m, n, a, lda, tau) &
         bind(c, name="tarnSgeqrf")
       import
@@ -278,9 +282,8 @@ module tarn
       type(c_ptr), value :: a, tau
     end function
 
-    !> gels: solves op(A) X = B for an A of full rank by its QR or LQ factorisation: with more equations than unknowns
-    !  in the sense of least squares, with fewer by the solution of least norm. op(A) = A ("N") or A^H ("C"; "T" means
-    !  the same for real and complex A).
+    !> Solves op(A) X = B for an A of full rank by its QR or LQ factorisation, in the sense of least squares or of least
+    !  norm.
     integer(c_int) function tarnSgels(trans, m, n, nrhs, a, lda, b, ldb) &
         bind(c, name="tarnSgels")
       import
@@ -317,8 +320,7 @@ module tarn
       type(c_ptr), value :: a, b
     end function
 
-    !> gglse: minimises norm2(c - A x) subject to B x = d, by the generalised RQ factorisation of B and A. B is to have
-    !  full row rank p, and A and B together full column rank n.
+    !> Minimises norm2(c - A x) subject to B x = d, by the generalised RQ factorisation of B and A.
     integer(c_int) function tarnSgglse(m, n, p, a, lda, b, ldb, c, d, x) &
         bind(c, name="tarnSgglse")
       import
@@ -351,7 +353,8 @@ module tarn
       type(c_ptr), value :: a, b, c, d, x
     end function
 
-    !> gesvd: A = U S V^H, by reduction to bidiagonal form and implicit zero-shift QR; k = min(m, n).
+    !> Singular value decomposition A = U S V^H, by reduction to bidiagonal form and implicit zero-shift QR; k = min(m,
+    !  n).
     integer(c_int) function tarnSgesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt) &
         bind(c, name="tarnSgesvd")
       import
@@ -391,7 +394,7 @@ module tarn
       type(c_ptr), value :: a, s, u, vt
     end function
 
-    !> gemm: C := alpha op(A) op(B) + beta C, op(X) = X ("N"), X^T ("T") or X^H ("C").
+    !> Matrix product C := alpha op(A) op(B) + beta C, with op(X) = X ("N"), X^T ("T") or X^H ("C").
     integer(c_int) function tarnSgemm(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc) &
         bind(c, name="tarnSgemm")
       import
@@ -476,7 +479,7 @@ module tarn
       type(c_ptr), value :: a, b, c
     end function
 
-    !> trsm: solves op(A) X = alpha B (side "L") or X op(A) = alpha B (side "R") for a triangular A; X replaces B.
+    !> Solves op(A) X = alpha B (side "L") or X op(A) = alpha B (side "R") for a triangular A; X replaces B.
     integer(c_int) function tarnStrsm(side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb) &
         bind(c, name="tarnStrsm")
       import
@@ -561,7 +564,7 @@ module tarn
       type(c_ptr), value :: a, b
     end function
 
-    !> trmm: B := alpha op(A) B (side "L") or alpha B op(A) (side "R") for a triangular A.
+    !> Product with a triangular matrix, B := alpha op(A) B (side "L") or alpha B op(A) (side "R").
     integer(c_int) function tarnStrmm(side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb) &
         bind(c, name="tarnStrmm")
       import
@@ -646,8 +649,8 @@ module tarn
       type(c_ptr), value :: a, b
     end function
 
-    !> symm, hemm: C := alpha A B + beta C (side "L") or alpha B A + beta C (side "R"), A symmetric (symm) or Hermitian
-    !  (hemm).
+    !> Product with a symmetric (symm) or Hermitian (hemm) matrix, C := alpha A B + beta C (side "L") or alpha B A +
+    !  beta C (side "R").
     integer(c_int) function tarnSsymm(side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc) &
         bind(c, name="tarnSsymm")
       import
@@ -774,7 +777,7 @@ module tarn
       type(c_ptr), value :: a, b, c
     end function
 
-    !> syrk, herk: a rank k update of one triangle of a symmetric or Hermitian C of order n.
+    !> A rank k update of one triangle of a symmetric (syrk) or Hermitian (herk) C of order n.
     integer(c_int) function tarnSsyrk(uplo, trans, n, k, alpha, a, lda, beta, c, ldc) &
         bind(c, name="tarnSsyrk")
       import
@@ -901,7 +904,7 @@ module tarn
       type(c_ptr), value :: a, c
     end function
 
-    !> syr2k, her2k: a rank 2k update of one triangle of a symmetric or Hermitian C of order n.
+    !> A rank 2k update of one triangle of a symmetric (syr2k) or Hermitian (her2k) C of order n.
     integer(c_int) function tarnSsyr2k(uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc) &
         bind(c, name="tarnSsyr2k")
       import
@@ -1032,7 +1035,7 @@ module tarn
       type(c_ptr), value :: a, b, c
     end function
 
-    !> gemv: y := alpha op(A) x + beta y, op(A) = A ("N"), A^T ("T") or A^H ("C").
+    !> Matrix-vector product y := alpha op(A) x + beta y, with op(A) = A ("N"), A^T ("T") or A^H ("C").
     integer(c_int) function tarnSgemv(trans, m, n, alpha, a, lda, x, incx, beta, y, incy) &
         bind(c, name="tarnSgemv")
       import
@@ -1117,7 +1120,7 @@ module tarn
       type(c_ptr), value :: a, x, y
     end function
 
-    !> symv, hemv: y := alpha A x + beta y, A symmetric (symv) or Hermitian (hemv) of order n.
+    !> Matrix-vector product y := alpha A x + beta y with a symmetric (symv) or Hermitian (hemv) A of order n.
     integer(c_int) function tarnSsymv(uplo, n, alpha, a, lda, x, incx, beta, y, incy) &
         bind(c, name="tarnSsymv")
       import

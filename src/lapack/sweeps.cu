@@ -106,23 +106,32 @@ template <bool forward, class T, class ForRows>
 __device__ __forceinline__ void runWaves(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int t0,
                                          Places<forward> places, T* A, int lda, const ForRows& forRows)
 {
-    const std::int64_t step = forward ? lda : -std::int64_t(lda);
+    const std::int64_t toNext = forward ? lda : -std::int64_t(lda);
     const T* const next = A + offset(0, places.column(t0 + waves + 1), lda);
     T* const finished = A + offset(0, places.column(t0 - K + 1), lda);
     forRows([&](int t) __attribute__((always_inline)) {
         T at[K + waves];
-        unrolled<K>([&](auto k) { at[k] = front.at[k + 1][t]; });
-        unrolled<waves>([&](auto i) {
-            at[K + i] = front.ahead[i][t];
-            front.ahead[i][t] = next[t + i * step];
+        unrolled<K>([&](auto step) {
+            constexpr int k = decltype(step)::value;
+            at[k] = front.at[k + 1][t];
         });
-        unrolled<waves>([&](auto i) {
-            unrolled<K>([&](auto k) {
+        unrolled<waves>([&](auto step) {
+            constexpr int i = decltype(step)::value;
+            at[K + i] = front.ahead[i][t];
+            front.ahead[i][t] = next[t + i * toNext];
+        });
+        unrolled<waves>([&](auto step) {
+            constexpr int i = decltype(step)::value;
+            unrolled<K>([&](auto sweep) {
+                constexpr int k = decltype(sweep)::value;
                 rotatePlane<forward>(at[K - 1 - k + i], at[K - k + i], rotations.c[k][i], rotations.s[k][i]);
             });
-            finished[t + i * step] = at[i];
+            finished[t + i * toNext] = at[i];
         });
-        unrolled<K>([&](auto k) { front.at[k + 1][t] = at[waves + k]; });
+        unrolled<K>([&](auto step) {
+            constexpr int k = decltype(step)::value;
+            front.at[k + 1][t] = at[waves + k];
+        });
     });
 }
 
