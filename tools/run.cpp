@@ -138,6 +138,12 @@ Command addRun(CLI::App& tarn)
         ->required()
         ->type_name("PROGRAM ARGS");
     app->add_flag("--report", options->report, "At its end print which routines it called and where the calls went");
+    app->footer(
+        "Variables of the drop-in library (docs/dropin.md tells more):\n"
+        "  TARN_BLAS_MIN_FLOPS           the least operations of a call that goes to the device; inf: none goes\n"
+        "  TARN_BLAS_MIN_FLOPS_PER_BYTE  the least operations for each byte that is moved there and back\n"
+        "  TARN_BLAS_DEVICE              the device; without it the current one, or one by the local rank in MPI\n"
+        "  TARN_BLAS_LOG                 a file to which each process appends its calls, for tarn report");
     return {app, [options] { return runProgram(*options); }};
 }
 
