@@ -135,25 +135,29 @@ __device__ __forceinline__ void runWaves(Wavefront<T>& front, WaveRotations<Real
     });
 }
 
-/// Wave t where the sweeps begin or end: those that have a rotation there. i is its number in the run.
-template <bool forward, class T, class ForRows>
-__device__ __forceinline__ void runWave(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int t, int i,
+/// Wave t where the sweeps begin or end, number i of its run: those that have a rotation there.
+template <bool forward, int i, class T, class ForRows>
+__device__ __forceinline__ void runWave(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int t,
                                         const SweepSet& set, Places<forward> places, T* A, int lda,
                                         const ForRows& forRows)
 {
     forRows([&](int row) {
-        for (int k = 0; k < K; ++k)
+        unrolled<K>([&](auto step) {
+            constexpr int k = decltype(step)::value;
             front.at[k][row] = front.at[k + 1][row];
+        });
         front.at[K][row] = front.ahead[i][row];
     });
     if (t + 1 + waves < places.count())
         forRows([&](int row) { front.ahead[i][row] = A[offset(row, places.column(t + 1 + waves), lda)]; });
-    for (int k = 0; k < K; ++k)
+    unrolled<K>([&](auto step) {
+        constexpr int k = decltype(step)::value;
         if (places.has(set.sweeps[k], t - k))
             forRows([&](int row) {
                 rotatePlane<forward>(front.at[K - 1 - k][row], front.at[K - k][row], rotations.c[k][i],
                                      rotations.s[k][i]);
             });
+    });
     const int finished = t - K + 1;
     if (0 <= finished && finished < places.count())
         forRows([&](int row) { A[offset(row, places.column(finished), lda)] = front.at[0][row]; });
@@ -204,9 +208,11 @@ __global__ void SWEEPS_k(int m, const Real<T>* c, const Real<T>* s, std::int64_t
 
     const auto runAll = [&](const auto& forRows) {
         forRows([&](int t) { front.at[K][t] = rows[offset(t, places.column(0), lda)]; });
-        for (int i = 0; i < waves; ++i)
+        unrolled<waves>([&](auto step) {
+            constexpr int i = decltype(step)::value;
             if (i + 1 < places.count())
                 forRows([&](int t) { front.ahead[i][t] = rows[offset(t, places.column(i + 1), lda)]; });
+        });
         fetchRotations(0);
         for (int t0 = 0; t0 < places.count() + K - 1; t0 += waves) {
             block.sync();
@@ -216,8 +222,10 @@ __global__ void SWEEPS_k(int m, const Real<T>* c, const Real<T>* s, std::int64_t
             if (isInside(t0))
                 runWaves<forward>(front, rotations, t0, places, rows, lda, forRows);
             else
-                for (int i = 0; i < waves; ++i)
-                    runWave<forward>(front, rotations, t0 + i, i, set, places, rows, lda, forRows);
+                unrolled<waves>([&](auto step) {
+                    constexpr int i = decltype(step)::value;
+                    runWave<forward, i>(front, rotations, t0 + i, set, places, rows, lda, forRows);
+                });
         }
     };
     // Apart for whole blocks of rows and for others: a CPU runs whole ones in vectors without a rest.

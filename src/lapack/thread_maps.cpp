@@ -61,6 +61,7 @@ Shape StaticMap1D<N>::blocks() const
 }
 
 template class StaticMap1D<128>;
+template class StaticMap1D<32>;
 template class StaticMap1D<64>;
 
 } // namespace velk
