@@ -48,12 +48,13 @@ def blas():
 def cblas():
     """These link only against the reference BLAS, whose CBLAS names stand on its Fortran names."""
     place = folder("/usr/lib/*/blas/xscblat3")
+    libraries = os.pathsep.join(filter(None, [place, os.environ.get("LD_LIBRARY_PATH")]))
     for letter in "sdcz":
         for level in "23":
             program = f"x{letter}cblat{level}"
             text = open(f"{place}/{letter}in{level}").read()
             names = level_routines(letter, level)
-            output, calls = run(tarn, [f"{place}/{program}"], text, LD_LIBRARY_PATH=place)
+            output, calls = run(tarn, [f"{place}/{program}"], text, LD_LIBRARY_PATH=libraries)
             # By columns and by rows.
             check_summary(program, output, [f"cblas_{name} +PASSED THE [A-Z -]*COMPUTATIONAL" for name in names], 2)
             check_calls(program, calls, names)
