@@ -23,7 +23,7 @@ test:
 	@$(MAKE) --no-print-directory build
 	@ctest --preset release -j 1
 
-# The tests, and all of them again under the address and undefined-behaviour sanitizers.
+# The tests, and those of the library again under the address and undefined-behaviour sanitizers.
 check-all: test
 	@cmake --preset asan $(CMAKE_FLAGS)
 	@cmake --build --preset asan -j $(JOBS)
