@@ -53,7 +53,7 @@ bench: build
 	@build/release/bin/tarn bench --routine all --type s --size 512,1024,2048,4096
 
 performance: build
-	@$(MEASURE) --fresh --repeat 0 --type sc --size 512,1024,2048
+	@$(MEASURE) --fresh --repeat 0 --type sc --size 256,512,1024,2048
 	@$(MEASURE) --type s --repeat 0 --size 4096 --routine gemm,trsm,getrf,gesv,geqrf,gels
 	@$(MEASURE) --type s --size 2000 --routine gesvd-nn,gesvd-ss --repeat 1
 	@scripts/install-dependencies python3-matplotlib

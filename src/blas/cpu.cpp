@@ -4,12 +4,11 @@
 #include "blas/letters.h"
 #include "frame/exceptions.h"
 
-#include <device_glue.h>
 #include <direct_call.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
-#include <optional>
 
 namespace tarn::cpu {
 
@@ -23,7 +22,7 @@ template <>
 struct Calls<float>
 {
     static inline const auto getrf = TARN_DIRECT(sgetrf_);
-    static inline const auto getrf2 = TARN_DIRECT(sgetrf2_);
+    static inline const auto laswp = TARN_DIRECT(slaswp_);
     static inline const auto geqr2 = TARN_DIRECT(sgeqr2_);
     static inline const auto gelqf = TARN_DIRECT(sgelqf_);
     static inline const auto gerqf = TARN_DIRECT(sgerqf_);
@@ -38,6 +37,7 @@ struct Calls<float>
     static inline const auto larfb = TARN_DIRECT(slarfb_);
     static inline const auto gemm = TARN_DIRECT(sgemm_);
     static inline const auto trmm = TARN_DIRECT(strmm_);
+    static inline const auto trsm = TARN_DIRECT(strsm_);
     static inline const auto gemv = TARN_DIRECT(sgemv_);
     static inline const auto axpy = TARN_DIRECT(saxpy_);
     static inline const auto copy = TARN_DIRECT(scopy_);
@@ -48,7 +48,7 @@ template <>
 struct Calls<Complex<float>>
 {
     static inline const auto getrf = TARN_DIRECT(cgetrf_);
-    static inline const auto getrf2 = TARN_DIRECT(cgetrf2_);
+    static inline const auto laswp = TARN_DIRECT(claswp_);
     static inline const auto geqr2 = TARN_DIRECT(cgeqr2_);
     static inline const auto gelqf = TARN_DIRECT(cgelqf_);
     static inline const auto gerqf = TARN_DIRECT(cgerqf_);
@@ -63,6 +63,7 @@ struct Calls<Complex<float>>
     static inline const auto larfb = TARN_DIRECT(clarfb_);
     static inline const auto gemm = TARN_DIRECT(cgemm_);
     static inline const auto trmm = TARN_DIRECT(ctrmm_);
+    static inline const auto trsm = TARN_DIRECT(ctrsm_);
     static inline const auto gemv = TARN_DIRECT(cgemv_);
     static inline const auto axpy = TARN_DIRECT(caxpy_);
     static inline const auto copy = TARN_DIRECT(ccopy_);
@@ -75,15 +76,12 @@ std::unique_ptr<T[]> workspace(int elements)
     return std::unique_ptr<T[]>(new T[std::max(elements, 1)]);
 }
 
-/// What a routine does with the threads of the CPU BLAS, in turns: idle ones spin, so that the calls of several threads
-/// at a time would each take many times as long as one after the other. Small calls use one thread and need no turn.
+thread_local bool holdsTurn = false;
+
 template <class Call>
 void inTurn(double flops, const Call& call)
 {
-    constexpr double worthThreads = 1e6;
-    std::optional<platform::CpuTurn> turn;
-    if (flops > worthThreads)
-        turn.emplace();
+    const Turn turn(flops);
     call();
 }
 
@@ -137,15 +135,36 @@ void multiply(Routine routine, char side, char trans, int m, int n, int k, const
 
 } // namespace
 
+Turn::Turn(double flops)
+{
+    constexpr double worthThreads = 5e5; // below, a CPU BLAS uses one thread
+    if (flops <= worthThreads || holdsTurn)
+        return;
+    turn_.emplace();
+    holdsTurn = true;
+}
+
+Turn::~Turn()
+{
+    if (turn_)
+        holdsTurn = false;
+}
+
 template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv)
 {
-    // From this many rows on, for panels of 64 to 192 columns: the blocked routine keeps them to one thread.
-    constexpr int tall = 2048;
-    const auto routine = m >= tall && n <= m / 4 ? Calls<T>::getrf2 : Calls<T>::getrf;
     int info = 0;
-    inTurn(double(m) * n * std::min(m, n), [&] { routine(&m, &n, a, &lda, ipiv, &info); });
+    inTurn(double(m) * n * std::min(m, n), [&] { Calls<T>::getrf(&m, &n, a, &lda, ipiv, &info); });
     checkInfo(info);
+}
+
+template <class T>
+void laswp(int n, T* a, int lda, int k1, int k2, const int* ipiv)
+{
+    // It takes the threads of the CPU BLAS however small its work is.
+    const Turn turn(std::numeric_limits<double>::infinity());
+    const int step = 1;
+    Calls<T>::laswp(&n, a, &lda, &k1, &k2, ipiv, &step);
 }
 
 template <class T>
@@ -272,6 +291,14 @@ void trmm(char side, char uplo, char trans, char diag, int m, int n, T alpha, co
 }
 
 template <class T>
+void trsm(char side, char uplo, char trans, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb)
+{
+    trans = transChar<T>(trans);
+    inTurn(double(m) * n * (side == 'L' ? m : n),
+           [&] { Calls<T>::trsm(&side, &uplo, &trans, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1); });
+}
+
+template <class T>
 void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy)
 {
     trans = transChar<T>(trans);
@@ -298,6 +325,7 @@ void scal(int n, T alpha, T* x, int incx)
 
 #define TARN_CPU(T)                                                                                                    \
     template void getrf(int, int, T*, int, int*);                                                                      \
+    template void laswp(int, T*, int, int, int, const int*);                                                           \
     template void geqr2(int, int, T*, int, T*);                                                                        \
     template void gelqf(int, int, T*, int, T*);                                                                        \
     template void gerqf(int, int, T*, int, T*);                                                                        \
@@ -312,6 +340,7 @@ void scal(int n, T alpha, T* x, int incx)
     template void larfb(char, char, char, char, int, int, int, const T*, int, const T*, int, T*, int);                 \
     template void gemm(char, char, int, int, int, T, const T*, int, const T*, int, T, T*, int);                        \
     template void trmm(char, char, char, char, int, int, T, const T*, int, T*, int);                                   \
+    template void trsm(char, char, char, char, int, int, T, const T*, int, T*, int);                                   \
     template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);                                   \
     template void axpy(int, T, const T*, int, T*, int);                                                                \
     template void copy(int, const T*, int, T*, int);                                                                   \

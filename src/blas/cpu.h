@@ -4,14 +4,35 @@
 // positive info leaves as a data error, a negative one as tarnRuntimeError (checkInfo); the output is complete then.
 #pragma once
 
+#include <device_glue.h>
 #include <tarndev/Complex>
+
+#include <optional>
 
 namespace tarn::cpu {
 
-/// A = P L U, A m by n; ipiv gets min(m, n) one-based pivots. A data error names the first zero pivot. Tall panels are
-/// factorised by halves (getrf2), whose products the threads of the CPU BLAS share. S C.
+/// The turn on the threads of the CPU BLAS, for work of that many operations: idle ones spin, so that the calls of
+/// several callers at a time would each take many times as long as one after the other. Small work uses one thread and
+/// needs no turn. The wrappers below take it by themselves; who calls several of them in a row may hold it around all.
+class Turn
+{
+public:
+    explicit Turn(double flops);
+    ~Turn();
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+private:
+    std::optional<platform::CpuTurn> turn_;
+};
+
+/// A = P L U, A m by n; ipiv gets min(m, n) one-based pivots. A data error names the first zero pivot. S C.
 template <class T>
 void getrf(int m, int n, T* a, int lda, int* ipiv);
+
+/// Exchanges rows k and ipiv[k - 1] of the n columns of A, for k from k1 to k2, one-based. S C.
+template <class T>
+void laswp(int n, T* a, int lda, int k1, int k2, const int* ipiv);
 
 /// A = Q R, unblocked. S C.
 template <class T>
@@ -85,6 +106,10 @@ void gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, in
 /// B := alpha op(A) B or alpha B op(A), A triangular; "T" and "C" both mean A^H. S C.
 template <class T>
 void trmm(char side, char uplo, char trans, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb);
+
+/// Solves op(A) X = alpha B or X op(A) = alpha B for X, which replaces B, A triangular; "T" and "C" both mean A^H. S C.
+template <class T>
+void trsm(char side, char uplo, char trans, char diag, int m, int n, T alpha, const T* a, int lda, T* b, int ldb);
 
 /// y := alpha op(A) x + beta y; "T" and "C" both mean A^H. S C.
 template <class T>

@@ -10,8 +10,8 @@ extern "C" {
 
 void sgetrf_(const int*, const int*, float*, const int*, int*, int*);
 void cgetrf_(const int*, const int*, tarn::Complex<float>*, const int*, int*, int*);
-void sgetrf2_(const int*, const int*, float*, const int*, int*, int*);
-void cgetrf2_(const int*, const int*, tarn::Complex<float>*, const int*, int*, int*);
+void slaswp_(const int*, float*, const int*, const int*, const int*, const int*, const int*);
+void claswp_(const int*, tarn::Complex<float>*, const int*, const int*, const int*, const int*, const int*);
 void sgeqr2_(const int*, const int*, float*, const int*, float*, float*, int*);
 void cgeqr2_(const int*, const int*, tarn::Complex<float>*, const int*, tarn::Complex<float>*, tarn::Complex<float>*,
              int*);
@@ -75,6 +75,11 @@ void cgemm_(const char*, const char*, const int*, const int*, const int*, const 
 void strmm_(const char*, const char*, const char*, const char*, const int*, const int*, const float*, const float*,
             const int*, float*, const int*, std::size_t, std::size_t, std::size_t, std::size_t);
 void ctrmm_(const char*, const char*, const char*, const char*, const int*, const int*, const tarn::Complex<float>*,
+            const tarn::Complex<float>*, const int*, tarn::Complex<float>*, const int*, std::size_t, std::size_t,
+            std::size_t, std::size_t);
+void strsm_(const char*, const char*, const char*, const char*, const int*, const int*, const float*, const float*,
+            const int*, float*, const int*, std::size_t, std::size_t, std::size_t, std::size_t);
+void ctrsm_(const char*, const char*, const char*, const char*, const int*, const int*, const tarn::Complex<float>*,
             const tarn::Complex<float>*, const int*, tarn::Complex<float>*, const int*, std::size_t, std::size_t,
             std::size_t, std::size_t);
 void saxpy_(const int*, const float*, const float*, const int*, float*, const int*);

@@ -1,7 +1,7 @@
-#include "blas/cpu.h"
 #include "frame/error_state.h"
 #include "frame/tuning.h"
 #include "lapack/lu/lu.h"
+#include "lapack/lu/panel.h"
 #include "lapack/lu/storage.h"
 #include "memory/mirrors.h"
 
@@ -15,21 +15,6 @@ namespace {
 /// Square matrices of more than this order are factorised in transposed storage.
 constexpr int naturalUpTo = 512;
 
-/// Factorises a panel on the CPU; returns the one-based column of its first zero pivot, 0 if there is none. The
-/// factorisation is complete either way.
-template <class T>
-int factorisePanel(int m, int n, T* panel, int* pivots)
-{
-    try {
-        cpu::getrf(m, n, panel, m, pivots);
-    } catch (const InfoException& failure) {
-        if (failure.status() != tarnDataError)
-            throw;
-        return failure.info();
-    }
-    return 0;
-}
-
 /// The whole factorisation on the CPU, for matrices of no more than one panel. Returns as factorisePanel.
 template <class T>
 int unblocked(MatrixView<T> A, int* ipiv)
@@ -38,7 +23,7 @@ int unblocked(MatrixView<T> A, int* ipiv)
     const std::unique_ptr<T[]> host(new T[std::size_t(m) * n]);
     HostMirror<int> pivots({std::min(m, n), 1, 1}, ipiv, std::min(m, n), MirrorOut);
     getMatrix(m, n, host.get(), m, A.data, A.ld);
-    const int firstSingular = factorisePanel(m, n, host.get(), pivots.data());
+    const int firstSingular = factorisePanel(MatrixView<T>{host.get(), m, n, m}, pivots.data());
     setMatrix(m, n, A.data, A.ld, host.get(), m);
     return firstSingular;
 }
@@ -68,7 +53,7 @@ int blocked(MatrixView<T> A, int nb, int* ipiv)
 
         // Panel W(j:m, j:j+jb-1) = P L U on the CPU, and on its way back to the device.
         copyStream.synchronize();
-        const int singular = factorisePanel(m - j + 1, jb, hostPanel.data(), pivots + j - 1);
+        const int singular = factorisePanel(MatrixView<T>{hostPanel.data(), m - j + 1, jb, m - j + 1}, pivots + j - 1);
         if (singular != 0 && firstSingular == 0)
             firstSingular = singular + j - 1;
         W.sendPanel(j, jb, hostPanel, copyStream);

@@ -54,6 +54,7 @@ void factorisePanel(MatrixView<T> A, T* tau, MatrixView<T> F)
         cpu::larft('F', 'C', m, n, A.data, A.ld, tau, F.data, F.ld);
         return;
     }
+    const cpu::Turn turn(2.0 * m * n * n);
     const int n1 = (n / 2 + narrow - 1) / narrow * narrow, n2 = n - n1;
     factorisePanel(block(A, 1, 1, m, n1), tau, block(F, 1, 1, n1, n1));
     cpu::larfb('L', 'C', 'F', 'C', m, n2, n1, A.data, A.ld, F.data, F.ld, A.at(1, n1 + 1), A.ld);
