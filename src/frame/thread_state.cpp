@@ -4,8 +4,10 @@
 #include "frame/error_state.h"
 
 #include <boost/thread/tss.hpp>
+#include <device_glue.h>
 
 #include <array>
+#include <optional>
 #include <utility>
 
 /// Of the drop-in library, if it answers the BLAS and LAPACK names in this process: with 1 it hands on what this thread
@@ -19,6 +21,7 @@ namespace {
 struct ThreadState
 {
     int depth = 0;
+    std::optional<platform::Seat> seat; ///< while a routine runs
     bool failed = false;
     int device = -1;
     cudaError_t postponed = cudaSuccess;
@@ -102,7 +105,8 @@ void enterRoutine()
 {
     withTssFailure<velk::CudaRuntimeException>("TSS failure", [] {
         ThreadState& state = requireState();
-        ++state.depth;
+        if (++state.depth == 1)
+            state.seat.emplace();
         suspendDropin(1);
         state.device = currentDevice();
     });

@@ -92,6 +92,30 @@ TEST_F(LuSchedule, LargePanelsWaitForTheirTurnOnTheCpu)
         EXPECT_EQ(done.get(), tarnNoError);
     }
 }
+
+TEST_F(LuSchedule, CallersTakeASeatAndGiveItBack)
+{
+    auto A = Matrix<float>::random(50, 50, 50);
+    std::vector<int> pivots(50);
+    const auto takeAll = [] {
+        for (int i = 0; i < softdevSeats(); ++i)
+            EXPECT_TRUE(softdevTakeSeat());
+    };
+    EXPECT_EQ(tarnSgetrf(50, 50, A.data(), 50, pivots.data()), tarnNoError);
+    EXPECT_EQ(tarnSgetrf(50, 50, A.data(), 49, pivots.data()), tarnArgumentError);
+    takeAll();
+    auto done = std::async(std::launch::async, [&] { return tarnSgetrf(50, 50, A.data(), 50, pivots.data()); });
+    EXPECT_EQ(done.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    for (int i = 0; i < softdevSeats(); ++i)
+        softdevLeaveSeat();
+    EXPECT_EQ(done.get(), tarnNoError);
+
+    takeAll();
+    EXPECT_EQ(tarnSgetrf(50, 50, A.data(), 50, pivots.data()), tarnNoError) << "after some time without a seat";
+    EXPECT_FALSE(softdevTakeSeat()) << "it gave back none of the others'";
+    for (int i = 0; i < softdevSeats(); ++i)
+        softdevLeaveSeat();
+}
 #endif
 
 TEST_F(LuSchedule, HeldBackCopiesDoNotChangeTheResult)

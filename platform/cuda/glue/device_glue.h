@@ -42,6 +42,10 @@ private:
     const std::lock_guard<std::mutex> lock_;
 };
 
+/// The place of one calling thread among those that work at a time: any number, since the device has cores of its own.
+struct Seat
+{};
+
 #ifdef __CUDACC__
 /// Queues Kernel, written for blocks of the shape Shape (a tarn::Block), on the default stream. A refused launch leaves
 /// its code in the CUDA error state of the thread.

@@ -24,4 +24,9 @@ cudaError_t softdevLaunch(const char* name, dim3 grid, dim3 block, dim3 kernelBl
 void softdevTakeCpuTurn();
 void softdevLeaveCpuTurn() noexcept;
 
+/// How many callers work at a time; waits for a seat, but not for long, and says whether there was one; gives it back.
+int softdevSeats() noexcept;
+bool softdevTakeSeat();
+void softdevLeaveSeat() noexcept;
+
 #pragma GCC visibility pop

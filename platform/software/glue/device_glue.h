@@ -27,6 +27,24 @@ public:
     CpuTurn& operator=(const CpuTurn&) = delete;
 };
 
+/// The place of one calling thread among those that work at a time. Many at a time would take the cores from each
+/// other, and from the device. Who waited long works without.
+class Seat
+{
+public:
+    Seat() : taken_(softdevTakeSeat()) {}
+    ~Seat()
+    {
+        if (taken_)
+            softdevLeaveSeat();
+    }
+    Seat(const Seat&) = delete;
+    Seat& operator=(const Seat&) = delete;
+
+private:
+    const bool taken_;
+};
+
 /// The kernel's name as the call log shows it: what the compiler calls the template argument of this function, without
 /// its namespaces and parameters.
 template <auto Kernel>

@@ -13,6 +13,7 @@
 #include "error.h"
 #include "launch.h"
 #include "parallel.h"
+#include "seats.h"
 #include "softdev_launch.h"
 
 using namespace tarn::soft;
@@ -134,3 +135,9 @@ cudaError_t softdevFail(cudaError_t code) noexcept { return latch(code); }
 void softdevTakeCpuTurn() { takeCpuTurn(); }
 
 void softdevLeaveCpuTurn() noexcept { leaveCpuTurn(); }
+
+int softdevSeats() noexcept { return seats(); }
+
+bool softdevTakeSeat() { return takeSeat(); }
+
+void softdevLeaveSeat() noexcept { leaveSeat(); }
