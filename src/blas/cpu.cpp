@@ -76,7 +76,7 @@ std::unique_ptr<T[]> workspace(int elements)
     return std::unique_ptr<T[]>(new T[std::max(elements, 1)]);
 }
 
-thread_local bool holdsTurn = false;
+thread_local bool holdsTurn = false; ///< so that work within work does not wait for itself
 
 template <class Call>
 void inTurn(double flops, const Call& call)
