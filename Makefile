@@ -96,7 +96,7 @@ package: setup
 	@cmake --build --preset package -j $(JOBS)
 	@rm -rf build/package/packages
 	@cd build/package && cpack
-	@tests/package/check-packages build/package/packages .
+	@tests/package/check-packages build/package .
 
 # The Python package as a wheel in dist/, and its tests in a virtual environment of their own.
 wheel: setup

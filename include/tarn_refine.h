@@ -54,7 +54,8 @@ typedef struct tarnRefinement
  * @param[in] ldb    leading dimension of b, ldb >= max(1, n)
  * @param[out] x     n by nrhs; overlaps neither a nor b
  * @param[in] ldx    leading dimension of x, ldx >= max(1, n)
- * @param[out] how   refinements and condition; may be null
+ * @param[out] how   iter, the refinements made, or why the CPU solved; rcond, an estimate of 1 / (norm1(op(A))
+ *                   norm1(op(A)^-1)); may be null
  *
  * @retval tarnDataError      info i > 0: pivot i of the factorisation in double precision is exactly zero; x holds
  *                            nothing
