@@ -13,6 +13,8 @@ extern "C" {
  * @defgroup refine Double precision by refinement
  * In double precision: D and Z; a library of its own, libtarn_refine.
  *
+ * Statuses beside those named here: @ref conventions.
+ *
  * The LU factorisation, where the work is, runs on the device in single precision; residuals in double precision then
  * bring the solution to the backward error of a double-precision solve (Wilkinson's iterative refinement). What single
  * precision cannot do, the double-precision solver of the CPU does.
