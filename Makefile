@@ -91,12 +91,12 @@ check-clang: setup
 
 # Debian packages and a .tar.gz in build/package/packages, tried in a clean root.
 package: setup
-	@scripts/install-dependencies dpkg-dev file lintian
+	@scripts/install-dependencies dpkg-dev file lintian doxygen python3 man-db
 	@cmake --preset package $(CMAKE_FLAGS)
 	@cmake --build --preset package -j $(JOBS)
 	@rm -rf build/package/packages
 	@cd build/package && cpack
-	@tests/package/check-packages build/package/packages .
+	@tests/package/check-packages build/package .
 
 # The Python package as a wheel in dist/, and its tests in a virtual environment of their own.
 wheel: setup

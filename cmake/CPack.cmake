@@ -1,5 +1,5 @@
-# Packages by cpack: three .deb, and a .tar.gz that holds all and may be unpacked anywhere. Debian's layout (libraries
-# in a folder of the architecture) comes with the preset `package`, whose prefix is /usr.
+# Packages by cpack: a .deb for each component, and a .tar.gz that holds all and may be unpacked anywhere. Debian's
+# layout (libraries in a folder of the architecture) comes with the preset `package`, whose prefix is /usr.
 set(TARN_PACKAGE_CONTACT "the tarn authors <tarn@example.org>" CACHE STRING "Who maintains the packages")
 mark_as_advanced(TARN_PACKAGE_CONTACT)
 
@@ -59,12 +59,23 @@ string(JOIN "\n" about "tarn_lapack is dense linear algebra behind LAPACK-shaped
 package(runtime libtarn-lapack${variant}${soname} libs "dense linear algebra on a GPU (libraries)"
         "${about}")
 package(development libtarn-lapack${variant}-dev libdevel "dense linear algebra on a GPU (development files)"
-        "${about}\n.\nHeaders for C and C++, the Fortran module, and files for CMake and pkg-config.")
+        "${about}\n.\nHeaders for C and C++, the Fortran module, files for CMake and pkg-config,\n"
+        "examples and man pages.")
 package(tool tarn${variant} math "dense linear algebra on a GPU (command-line tool)"
         "${about}\n.\nThe tool solves systems from Matrix Market files and measures the library.")
+if(TARN_BUILD_DOCS)
+    list(APPEND CPACK_COMPONENTS_ALL documentation)
+    package(documentation libtarn-lapack${variant}-doc doc "dense linear algebra on a GPU (manuals)"
+            "${about}\n.\nThe Programmer's Guide and the Reference Manual, for a browser.")
+    set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS ${CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME})
+endif()
 
 # What only Debian asks for is put beside the files that are installed.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/complete.cmake)
 set(CPACK_TARN_SOURCE ${PROJECT_SOURCE_DIR})
 set(CPACK_TARN_PROVIDER ${TARN_PROVIDER})
+set(CPACK_TARN_COPYRIGHT ${PROJECT_BINARY_DIR}/copyright)
+set(CPACK_TARN_DOCDIR ${CMAKE_INSTALL_FULL_DOCDIR})
+set(CPACK_TARN_MANDIR ${CMAKE_INSTALL_FULL_MANDIR})
 include(CPack)

@@ -1,5 +1,5 @@
 # Installation: headers, libraries, tool, and what find_package(tarn_lapack) and pkg-config need. Its components are
-# those of the packages: runtime, development, tool.
+# those of the packages: runtime, development, tool, and documentation where the manuals are made.
 include(CMakePackageConfigHelpers)
 
 if(NOT PROJECT_IS_TOP_LEVEL)
@@ -28,10 +28,12 @@ else()
 endif()
 install(TARGETS ${package_targets} EXPORT tarn_lapack_targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
-install(TARGETS tarn_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
+install(TARGETS tarn_blas
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(FILES include/tarn_core.h include/tarn_lapack.h include/tarn_refine.h include/tarn.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(FILES fortran/tarn.f90 DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn_lapack/fortran COMPONENT development)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development PATTERN run EXCLUDE)
 install(EXPORT tarn_lapack_targets FILE tarn_lapack-targets.cmake NAMESPACE tarn::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack COMPONENT development)
 export(EXPORT tarn_lapack_targets NAMESPACE tarn:: FILE ${PROJECT_BINARY_DIR}/tarn_lapack-targets.cmake)
@@ -41,6 +43,15 @@ if(TARN_BUILD_TOOLS)
     install(FILES tools/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME tarn
             COMPONENT tool)
 endif()
+
+# The licences of all that is installed, in the format of Debian's packages.
+file(READ LICENSE licence)
+string(REGEX REPLACE "^[^\n]*\n\n[^\n]*\n\n" "" licence "${licence}") # its name and whose it is stand apart
+string(STRIP "${licence}" licence)
+string(REPLACE "\n\n" "\n.\n" licence "${licence}")
+string(REPLACE "\n" "\n " bsd " ${licence}")
+configure_file(cmake/copyright.in ${PROJECT_BINARY_DIR}/copyright @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 
 configure_package_config_file(cmake/tarn_lapack-config.cmake.in ${PROJECT_BINARY_DIR}/tarn_lapack-config.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tarn_lapack

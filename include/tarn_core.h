@@ -17,6 +17,7 @@ extern "C" {
 
 /**
  * @defgroup status Status and error info
+ * Kept for each thread.
  * @{
  */
 

@@ -3,6 +3,7 @@
 
 /**
  * @defgroup conventions What holds for all routines
+ * Layout of arrays, threads and streams, and the statuses that every routine can return.
  *
  * @details
  * Matrices are column-major with an explicit leading dimension; dimensions, leading dimensions and increments are
@@ -42,6 +43,7 @@ extern "C" {
 
 /**
  * @defgroup elements Elements and versions
+ * The types of arguments and of version numbers.
  * @{
  */
 
@@ -78,6 +80,7 @@ typedef int32_t tarnDeviceInt;
 /**
  * @}
  * @defgroup lifecycle Initialise and shut down
+ * Also what the library keeps between calls.
  * @{
  */
 

@@ -13,7 +13,7 @@ std::string dropinLibrary()
     Dl_info info;
     if (!dladdr(reinterpret_cast<void*>(&tarnGetVersion), &info))
         throw Failure("cannot tell where libtarn_lapack lies");
-    const auto library = std::filesystem::absolute(info.dli_fname).parent_path() / "libtarn_blas.so";
+    const auto library = std::filesystem::absolute(info.dli_fname).parent_path() / TARN_DROPIN_LIBRARY;
     if (!std::filesystem::exists(library))
         throw Failure(library.string() + " is not there");
     return library.string();

@@ -139,7 +139,7 @@ Command addRun(CLI::App& tarn)
         ->type_name("PROGRAM ARGS");
     app->add_flag("--report", options->report, "At its end print which routines it called and where the calls went");
     app->footer(
-        "Variables of the drop-in library (docs/dropin.md tells more):\n"
+        "Variables of the drop-in library (the Programmer's Guide tells more):\n"
         "  TARN_BLAS_MIN_FLOPS           the least operations of a call that goes to the device; inf: none goes\n"
         "  TARN_BLAS_MIN_FLOPS_PER_BYTE  the least operations for each byte that is moved there and back\n"
         "  TARN_BLAS_DEVICE              the device; without it the current one, or one by the local rank in MPI\n"

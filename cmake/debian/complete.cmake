@@ -3,6 +3,7 @@ if(NOT CPACK_GENERATOR STREQUAL DEB)
     return()
 endif()
 find_program(gzip gzip REQUIRED)
+set(templates ${CPACK_TARN_SOURCE}/cmake/debian)
 
 # gzipped(source target)
 function(gzipped source target)
@@ -11,30 +12,30 @@ function(gzipped source target)
 endfunction()
 
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
-file(READ ${CPACK_TARN_SOURCE}/LICENSE licence)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} key)
     set(package ${CPACK_DEBIAN_${key}_PACKAGE_NAME})
     set(root ${CPACK_TEMPORARY_DIRECTORY}/${component})
 
+    # Documents lie in a folder by the name of their package.
     set(doc ${root}/usr/share/doc/${package})
-    file(MAKE_DIRECTORY ${doc})
-    file(WRITE ${doc}/copyright "tarn\n\n${licence}")
+    if(IS_DIRECTORY ${root}${CPACK_TARN_DOCDIR})
+        file(RENAME ${root}${CPACK_TARN_DOCDIR} ${doc})
+    endif()
+    configure_file(${CPACK_TARN_COPYRIGHT} ${doc}/copyright COPYONLY)
     gzipped(${CPACK_TARN_SOURCE}/CHANGELOG.md ${doc}/changelog.gz)
     set(changelog ${CPACK_TEMPORARY_DIRECTORY}/changelog)
-    file(WRITE ${changelog}
-         "tarn (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium\n\n"
-         "  * Version ${CPACK_PACKAGE_VERSION}; changelog.gz says what changed.\n\n"
-         " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
+    configure_file(${templates}/changelog.in ${changelog} @ONLY)
     gzipped(${changelog} ${doc}/changelog.Debian.gz)
+    file(GLOB pages ${root}${CPACK_TARN_MANDIR}/man*/*)
+    if(pages)
+        execute_process(COMMAND ${gzip} -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+
     if(component STREQUAL runtime)
-        set(overrides ${root}/usr/share/lintian/overrides)
-        file(MAKE_DIRECTORY ${overrides})
-        file(WRITE ${overrides}/${package}
-             "# The libraries are versioned and released as one.\n"
-             "${package}: package-name-doesnt-match-sonames *\n"
-             "# Its functions read and write a variable of the thread, and call nothing of the C library.\n"
-             "${package}: library-not-linked-against-libc *libtarn_core.so.*\n")
+        configure_file(${templates}/overrides.in ${root}/usr/share/lintian/overrides/${package} @ONLY)
+    elseif(component STREQUAL documentation)
+        configure_file(${templates}/doc-base.in ${root}/usr/share/doc-base/${package}.tarn-lapack @ONLY)
     endif()
 
     # The linker's own folders hold the libraries: no search path, but for the place of a CUDA toolkit.

@@ -91,7 +91,7 @@ class Documents(unittest.TestCase):
 
     def test_infos_of_wrong_arguments_are_their_positions(self):
         checked = 0
-        for name in ("tarn_core.h", "tarn_lapack.h"):
+        for name in ("tarn_core.h", "tarn_lapack.h", "tarn_refine.h"):
             text = (ROOT / "include" / name).read_text()
             for comment, arguments in re.findall(r"/\*\*((?:(?!\*/).)*)\*/\nTARN_API [^;(]*\(([^;]*)\);", text, re.S):
                 names = [re.search(r"(\w+)\s*$", argument).group(1) for argument in arguments.split(",")]
