@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <random>
 
@@ -186,6 +187,7 @@ TEST_F(MemoryTest, CapacityIsALimitAndComesBack)
     EXPECT_EQ(pitch, 7u) << "a call that fails writes none";
     EXPECT_EQ(cudaMalloc(&first, MiB + 1), cudaErrorMemoryAllocation);
     EXPECT_EQ(cudaMallocHost(&first, most / 2), cudaErrorMemoryAllocation);
+    first = second;
     ASSERT_EQ(cudaMallocHost(&first, 0), cudaSuccess);
     EXPECT_EQ(first, nullptr);
     first = second;
