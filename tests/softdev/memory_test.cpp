@@ -78,9 +78,11 @@ TEST_F(MemoryTest, ForeignPointersAreRefused)
     }
     for (const int kind : {-1, 5})
         EXPECT_EQ(cudaMemcpy(d, h, 8, cudaMemcpyKind(kind)), cudaErrorInvalidMemcpyDirection);
-    for (const std::size_t pitch : {16, 1 << 30}) // whose last row ends at 2^64, or begins behind it
-        EXPECT_EQ(cudaMemcpy2D(d, pitch, h, pitch, 16, std::size_t{1} << 60, cudaMemcpyHostToDevice),
-                  cudaErrorInvalidValue);
+    // The last row of one ends behind 2^64, the last of the other begins there.
+    const std::pair<std::size_t, std::size_t> endless[] = {{17, std::size_t(-1) / 17 + 1},
+                                                           {1 << 30, (std::size_t{1} << 34) + 1}};
+    for (const auto& [pitch, rows] : endless)
+        EXPECT_EQ(cudaMemcpy2D(d, pitch, h, pitch, 17, rows, cudaMemcpyHostToDevice), cudaErrorInvalidValue);
     EXPECT_EQ(cudaMemset(h, 0, 8), cudaErrorInvalidValue);
     EXPECT_EQ(cudaMemset(d + 8, 0, 4096), cudaErrorInvalidValue);
     EXPECT_EQ(cudaFree(h), cudaErrorInvalidValue);
