@@ -239,9 +239,9 @@ TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
     EXPECT_EQ(ran, 0);
     ASSERT_EQ(cudaSetDevice(1), cudaSuccess);
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess) << "the other device works";
+    softdevClearFailures();
     EXPECT_EQ(cublasSscal_v2(handle, 0, nullptr, nullptr, 1), CUBLAS_STATUS_EXECUTION_FAILED) << "not with this handle";
     EXPECT_EQ(cudaSetDevice(0), cudaSuccess);
-    softdevClearFailures();
     EXPECT_EQ(copy(), cudaSuccess);
     EXPECT_EQ(cublasDestroy_v2(handle), CUBLAS_STATUS_SUCCESS);
 }
