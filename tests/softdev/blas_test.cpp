@@ -107,7 +107,7 @@ TEST_F(BlasTest, VectorsRunEitherWay)
     ASSERT_EQ(cublasSswap_v2(handle, 3, dx, 1, dy, -1), CUBLAS_STATUS_SUCCESS);
     EXPECT_EQ(dx.download(), (std::vector<float>{-1.5f, -3, -4.5f}));
     ASSERT_EQ(cublasSrot_v2(handle, 2, dx, -2, dy, 1, &c, &s), CUBLAS_STATUS_SUCCESS);
-    EXPECT_EQ(dx.download(), (std::vector<float>{-3.75f, -3, -5.25f}));
+    EXPECT_EQ(dx.download(), (std::vector<float>{-2.75f, -3, -5.25f}));
 }
 
 TEST_F(BlasTest, TriangularProductsMayLeaveBAlone)
