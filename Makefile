@@ -31,11 +31,11 @@ check-all: test
 
 # Which branches of the library and of the software device the tests take: a figure, and pages in build/coverage/html.
 coverage: setup
-	@scripts/install-dependencies clang libclang-rt-dev llvm
+	@scripts/install-dependencies clang libclang-rt-dev llvm $(TEST_PACKAGES)
 	@cmake --preset coverage $(CMAKE_FLAGS)
 	@cmake --build --preset coverage -j $(JOBS)
 	@rm -rf build/coverage/profiles
-	@ctest --preset coverage -j 1
+	@ctest --preset coverage -j 2
 	@scripts/coverage
 
 demo: setup

@@ -103,6 +103,40 @@ TEST_F(Dropin, FailuresAreAnsweredByTheCpu)
     }
 }
 
+/// What LAPACK refuses it refuses itself, and the device sees none of it.
+TEST_F(Dropin, WrongArgumentsStayOnTheCpu)
+{
+    const int n = 40, less = n - 1, more = n + 1, none = 0, length = 5000;
+    const float one = 1;
+    const Floats before = Floats::random(n, n, n);
+    Floats A = before, B = before, C = before;
+    std::vector<float> c(n), d(more), x(more), work(length);
+    const auto log = logOf([&] {
+        for (const int wrong : {0, 1, 2}) {
+            const auto ld = [&](int which) { return which == wrong ? &less : &n; };
+            sgemm_("N", "T", &n, &n, &n, &one, A.data(), ld(0), B.data(), ld(1), &one, C.data(), ld(2), 1, 1);
+        }
+        int info = 0;
+        for (const int wrong : {6, 8}) {
+            sgels_("N", &n, &n, &n, A.data(), wrong == 6 ? &less : &n, B.data(), wrong == 8 ? &less : &n, work.data(),
+                   &length, &info, 1);
+            EXPECT_EQ(info, -wrong);
+        }
+        struct
+        {
+            int info;
+            const int *m, *p, *lda, *ldb;
+        } const constrained[] = {
+            {-3, &n, &more, &n, &more}, {-3, &less, &none, &n, &n}, {-5, &n, &n, &less, &n}, {-7, &n, &n, &n, &less}};
+        for (const auto& [wrong, m, p, lda, ldb] : constrained) {
+            sgglse_(m, &n, p, A.data(), lda, B.data(), ldb, c.data(), d.data(), x.data(), work.data(), &length, &info);
+            EXPECT_EQ(info, wrong);
+        }
+    });
+    EXPECT_TRUE(log.empty());
+    EXPECT_TRUE(identical(A, before) && identical(B, before) && identical(C, before));
+}
+
 /// A program that uses the library itself may shut it down.
 TEST_F(Dropin, ComesUpAgainAfterTheProgramsShutdown)
 {

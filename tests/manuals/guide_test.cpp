@@ -51,7 +51,8 @@ protected:
 TEST_F(Guide, MemoryOfACall)
 {
     // 672 is the next multiple of 96; 1536 is one already, but also one of 2048 bytes, and moves on by 96.
-    for (const auto& [n, ld] : {std::pair{608, 672}, std::pair{1536, 1632}}) {
+    for (const auto& sizes : {std::pair{608, 672}, std::pair{1536, 1632}}) {
+        const int n = sizes.first, ld = sizes.second;
         Vector a = random(std::size_t(n) * n), b = a, c = a, s(n);
         std::vector<int> ipiv(n);
         EXPECT_EQ(peak([&] { return tarnSgemm('N', 'N', n, n, n, 1, a.data(), n, b.data(), n, 0, c.data(), n); }),

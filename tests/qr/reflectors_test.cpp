@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 extern "C" void zungbr_(const char*, const int*, const int*, const int*, void*, const int*, const void*, void*,
                         const int*, int*, std::size_t);
 
@@ -96,6 +98,60 @@ void expectProducts(const Routines<T>& routines, int nq, int k)
     same.elements() = v.download();
     EXPECT_TRUE(identical(same, V));
     EXPECT_EQ(t.download(), tau);
+}
+
+// The position of the first wrong argument, and nothing is touched: there is no array on the device. Nor is one wanted
+// where there is nothing to do.
+TYPED_TEST(Reflectors, ArgumentsAreCheckedInOrder)
+{
+    using T = TypeParam;
+    T element(0);
+    T *const x = &element, *const none = nullptr;
+    struct
+    {
+        int info;
+        std::function<void()> call;
+    } const calls[] = {
+        {-2, [&] { tarn::qr::orgqr(2, -1, 0, x, 2, x); }},
+        {-2, [&] { tarn::qr::orgqr(2, 3, 0, x, 2, x); }},
+        {-3, [&] { tarn::qr::orgqr(2, 2, -1, x, 2, x); }},
+        {-3, [&] { tarn::qr::orgqr(2, 2, 3, x, 2, x); }},
+        {0, [&] { tarn::qr::orgqr(2, 0, 0, none, 2, none); }},
+        {-3, [&] { tarn::qr::orglq(2, 2, -1, x, 2, x); }},
+        {-3, [&] { tarn::qr::orglq(2, 2, 3, x, 2, x); }},
+        {0, [&] { tarn::qr::orglq(0, 2, 0, none, 1, none); }},
+        {-3, [&] { tarn::qr::orgbr('Q', 2, 3, 3, x, 2, x); }},
+        {-3, [&] { tarn::qr::orgbr('Q', 4, 1, 2, x, 4, x); }},
+        {-3, [&] { tarn::qr::orgbr('P', 3, 2, 3, x, 3, x); }},
+        {-3, [&] { tarn::qr::orgbr('P', 1, 4, 2, x, 1, x); }},
+        {0, [&] { tarn::qr::orgbr('Q', 0, 0, 2, none, 1, none); }},
+        {0, [&] { tarn::qr::orgbr('Q', 2, 0, 0, none, 2, none); }},
+        {-5, [&] { tarn::qr::ormqr('L', 'N', 2, 1, 3, x, 3, x, x, 2); }},
+        {-5, [&] { tarn::qr::ormqr('R', 'N', 2, 1, -1, x, 3, x, x, 2); }},
+        {0, [&] { tarn::qr::ormqr('L', 'N', 2, 0, 2, none, 2, none, none, 2); }},
+        {0, [&] { tarn::qr::gelqf(2, 0, none, 2, none); }},
+        {0, [&] { tarn::qr::larfb('L', 'N', 'F', 'C', 0, 1, 1, none, 1, none, 1, none, 1); }},
+        {0, [&] { tarn::qr::larfb('L', 'N', 'F', 'C', 1, 0, 1, none, 1, none, 1, none, 1); }},
+        {0, [&] { tarn::qr::larfb('L', 'N', 'F', 'C', 1, 1, 0, none, 1, none, 1, none, 1); }},
+        {0, [&] { tarn::qr::trtrs('U', 'N', 'N', 0, 1, none, 1, none, 1); }},
+        {-4, [&] { tarn::qr::ggrqf(1, 1, 2, none, 1, x, x, 1, x); }},
+        {-6, [&] { tarn::qr::ggrqf(1, 1, 2, x, 1, none, x, 1, x); }},
+        {-7, [&] { tarn::qr::ggrqf(1, 1, 2, x, 1, x, none, 1, x); }},
+        {-9, [&] { tarn::qr::ggrqf(1, 1, 2, x, 1, x, x, 1, none); }},
+        {0, [&] { tarn::qr::ggrqf(1, 1, 0, none, 1, none, none, 1, none); }},
+    };
+    for (const auto& entry : calls) {
+        SCOPED_TRACE(&entry - calls);
+        const int info = entry.info;
+        try {
+            entry.call();
+            EXPECT_EQ(info, 0);
+        } catch (const tarn::InfoException& failure) {
+            EXPECT_EQ(failure.info(), info);
+            EXPECT_EQ(failure.status(), tarnArgumentError);
+        }
+    }
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
 }
 
 TYPED_TEST(Reflectors, MultiplyByQ)

@@ -20,6 +20,7 @@ TEST_F(ControlTest, DevicesAreWhatWasSet)
     ASSERT_EQ(cudaGetDevice(&value), cudaSuccess);
     EXPECT_EQ(value, 1);
     EXPECT_EQ(cudaSetDevice(2), cudaErrorInvalidDevice);
+    EXPECT_EQ(cudaSetDevice(-1), cudaErrorInvalidDevice);
     cudaDeviceProp prop;
     ASSERT_EQ(cudaGetDeviceProperties(&prop, 1), cudaSuccess);
     EXPECT_STREQ(prop.name, "old one");
@@ -28,17 +29,37 @@ TEST_F(ControlTest, DevicesAreWhatWasSet)
     EXPECT_EQ(prop.maxGridSize[2], 1);
     EXPECT_EQ(prop.asyncEngineCount, 0);
     EXPECT_EQ(cudaGetDeviceProperties(&prop, 2), cudaErrorInvalidDevice);
+    EXPECT_EQ(cudaGetDeviceProperties(&prop, -1), cudaErrorInvalidDevice);
+}
 
+// Without a device, and without a driver: all say so, again and again.
+TEST_F(ControlTest, AMachineWithoutDevicesSaysSo)
+{
     ASSERT_TRUE(softdevSetDevices({}));
-    EXPECT_EQ(cudaGetDeviceCount(&value), cudaErrorNoDevice);
-    EXPECT_EQ(value, 0);
-    void* memory;
-    cublasHandle_t handle;
-    EXPECT_EQ(cudaMalloc(&memory, 8), cudaErrorNoDevice);
-    EXPECT_EQ(cublasCreate_v2(&handle), CUBLAS_STATUS_NOT_INITIALIZED);
-    for (int reading = 0; reading < 2; ++reading)
-        EXPECT_EQ(cudaGetLastError(), cudaErrorNoDevice) << "which reading does not clear";
+    for (const cudaError_t absence : {cudaErrorNoDevice, cudaErrorInsufficientDriver}) {
+        softdevSetVersions(13000, absence == cudaErrorNoDevice ? 13000 : 0, 130000);
+        int value = 7;
+        cudaDeviceProp prop;
+        void* memory = &value;
+        cublasHandle_t handle;
+        EXPECT_EQ(cudaGetDeviceCount(&value), absence);
+        EXPECT_EQ(value, 0);
+        EXPECT_EQ(cudaGetDevice(&value), absence);
+        EXPECT_EQ(cudaSetDevice(0), absence);
+        EXPECT_EQ(cudaGetDeviceProperties(&prop, 0), absence);
+        EXPECT_EQ(cudaMalloc(&memory, 8), absence);
+        EXPECT_EQ(launch(1, [] {}), absence);
+        EXPECT_EQ(softdevDeviceView(&value, &memory), cudaErrorInvalidValue);
+        EXPECT_EQ(cublasCreate_v2(&handle), CUBLAS_STATUS_NOT_INITIALIZED);
+        for (int reading = 0; reading < 2; ++reading)
+            EXPECT_EQ(cudaGetLastError(), absence) << "which reading does not clear";
+        EXPECT_EQ(cudaRuntimeGetVersion(&value), cudaSuccess);
+    }
+    softdevSetVersions(13000, 13000, 130000);
+}
 
+TEST_F(ControlTest, VersionsAreWhatWasSet)
+{
     softdevSetVersions(4020, 4010, 4000);
     int runtime, driver, blas;
     ASSERT_EQ(cudaRuntimeGetVersion(&runtime), cudaSuccess);
@@ -48,6 +69,31 @@ TEST_F(ControlTest, DevicesAreWhatWasSet)
     EXPECT_EQ(driver, 4010);
     EXPECT_EQ(blas, 4000);
     softdevSetVersions(13000, 13000, 130000);
+}
+
+TEST_F(ControlTest, NothingIsWrittenToNowhere)
+{
+    cudaDeviceProp prop;
+    void* memory = &prop;
+    std::size_t pitch = 7;
+    const std::function<cudaError_t()> calls[] = {
+        [] { return cudaRuntimeGetVersion(nullptr); },
+        [] { return cudaDriverGetVersion(nullptr); },
+        [] { return cudaGetDeviceCount(nullptr); },
+        [] { return cudaGetDevice(nullptr); },
+        [] { return cudaGetDeviceProperties(nullptr, 0); },
+        [] { return cudaStreamCreate(nullptr); },
+        [] { return cudaMalloc(nullptr, 8); },
+        [] { return cudaMallocHost(nullptr, 8); },
+        [&] { return cudaMallocPitch(nullptr, &pitch, 8, 8); },
+        [&] { return cudaMallocPitch(&memory, nullptr, 8, 8); },
+    };
+    for (const auto& call : calls) {
+        EXPECT_EQ(call(), cudaErrorInvalidValue) << &call - calls;
+        EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidValue) << &call - calls;
+    }
+    EXPECT_EQ(memory, &prop);
+    EXPECT_EQ(pitch, 7u);
 }
 
 TEST_F(ControlTest, FailuresAreLatchedPerThread)
@@ -78,6 +124,8 @@ TEST_F(ControlTest, ImpossibleLaunchesRunNothing)
         {dim3(1, 1, 65536), shape, shape}, {dim3(1, 1, 0), shape, shape},
         {dim3(1), dim3(16, 17), shape},    {dim3(1), dim3(256), shape},
         {dim3(1), dim3(1025), dim3(1025)}, {dim3(1), dim3(64, 32), dim3(64, 32)},
+        {dim3(1), dim3(16, 16, 2), shape}, {dim3(1), dim3(1, 1025), dim3(1, 1025)},
+        {dim3(1), dim3(0), dim3(0)},       {dim3(1), dim3(1, 1, 1025), dim3(1, 1, 1025)},
     };
     int ran = 0;
     for (const auto& launch : impossible) {
@@ -148,6 +196,27 @@ TEST_F(ControlTest, FailedExecutionShowsAtTheNextWait)
     EXPECT_EQ(cudaGetLastError(), cudaErrorLaunchFailure);
 }
 
+TEST_F(ControlTest, AWaitGetsTheFirstFailureOfWhatItWaitsFor)
+{
+    softdevSetHold(true);
+    cudaStream_t stream;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    const DeviceArray<int> device(1);
+    {
+        const PinnedArray<int> pinned(1);
+        ASSERT_EQ(cudaMemcpyAsync(device, pinned, sizeof(int), cudaMemcpyHostToDevice, stream), cudaSuccess);
+        softdevFailExecution("Bad", 1, cudaErrorIllegalAddress);
+        softdevFailExecution("Worse", 1, cudaErrorLaunchFailure);
+        EXPECT_EQ(launch("Bad_k", [] {}), cudaSuccess);
+        EXPECT_EQ(launch("Worse_k", [] {}), cudaSuccess);
+        // Its release runs all that was queued, and reports nothing.
+    }
+    EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess) << "what failed was issued later";
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorIllegalAddress);
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+}
+
 TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
 {
     ASSERT_TRUE(softdevSetDevices({softdevDefaultDevice(), softdevDefaultDevice()}));
@@ -170,8 +239,9 @@ TEST_F(ControlTest, AStickyFailureStaysWithItsDevice)
     EXPECT_EQ(ran, 0);
     ASSERT_EQ(cudaSetDevice(1), cudaSuccess);
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess) << "the other device works";
-    EXPECT_EQ(cudaSetDevice(0), cudaSuccess);
     softdevClearFailures();
+    EXPECT_EQ(cublasSscal_v2(handle, 0, nullptr, nullptr, 1), CUBLAS_STATUS_EXECUTION_FAILED) << "not with this handle";
+    EXPECT_EQ(cudaSetDevice(0), cudaSuccess);
     EXPECT_EQ(copy(), cudaSuccess);
     EXPECT_EQ(cublasDestroy_v2(handle), CUBLAS_STATUS_SUCCESS);
 }

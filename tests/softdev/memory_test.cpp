@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <random>
 
@@ -75,7 +76,13 @@ TEST_F(MemoryTest, ForeignPointersAreRefused)
         EXPECT_EQ(cudaMemcpy(copy.dst, copy.src, copy.bytes, copy.kind), cudaErrorInvalidValue);
         EXPECT_EQ(cudaMemcpyAsync(copy.dst, copy.src, copy.bytes, copy.kind), cudaErrorInvalidValue);
     }
-    EXPECT_EQ(cudaMemcpy(d, h, 8, cudaMemcpyKind(5)), cudaErrorInvalidMemcpyDirection);
+    for (const int kind : {-1, 5})
+        EXPECT_EQ(cudaMemcpy(d, h, 8, cudaMemcpyKind(kind)), cudaErrorInvalidMemcpyDirection);
+    // The last row of one ends behind 2^64, the last of the other begins there.
+    const std::pair<std::size_t, std::size_t> endless[] = {{17, std::size_t(-1) / 17 + 1},
+                                                           {1 << 30, (std::size_t{1} << 34) + 1}};
+    for (const auto& [pitch, rows] : endless)
+        EXPECT_EQ(cudaMemcpy2D(d, pitch, h, pitch, 17, rows, cudaMemcpyHostToDevice), cudaErrorInvalidValue);
     EXPECT_EQ(cudaMemset(h, 0, 8), cudaErrorInvalidValue);
     EXPECT_EQ(cudaMemset(d + 8, 0, 4096), cudaErrorInvalidValue);
     EXPECT_EQ(cudaFree(h), cudaErrorInvalidValue);
@@ -90,8 +97,19 @@ TEST_F(MemoryTest, ForeignPointersAreRefused)
     EXPECT_EQ(cudaFree(gone), cudaErrorInvalidValue);
     EXPECT_EQ(softdevDeviceView(gone, &inside), cudaErrorInvalidValue);
     EXPECT_EQ(cudaMemset(gone, 0, 1), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaMemcpy(h, d, 0, cudaMemcpyDeviceToHost), cudaSuccess);
+}
+
+TEST_F(MemoryTest, NothingIsCopiedOrFreedFromNowhere)
+{
+    EXPECT_EQ(cudaMemcpy(nullptr, nullptr, 0, cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_EQ(cudaMemcpyAsync(nullptr, nullptr, 0, cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy2D(nullptr, 8, nullptr, 8, 8, 0, cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_EQ(cudaMemset(nullptr, 0, 0), cudaSuccess);
     EXPECT_EQ(cudaFree(nullptr), cudaSuccess);
+    EXPECT_EQ(cudaFreeHost(nullptr), cudaSuccess);
+    void* view = this;
+    EXPECT_EQ(softdevDeviceView(nullptr, &view), cudaSuccess);
+    EXPECT_EQ(view, nullptr);
 }
 
 // Rows of 10 bytes, 16 apart on the device, 20 on the host.
@@ -119,26 +137,35 @@ TEST_F(MemoryTest, PitchedCopies)
         for (std::size_t i = 0; i < host.size(); ++i)
             ASSERT_EQ(back[i], i < 120 && i % 20 < element ? host[i] : 'x') << element << ", " << i;
     }
+}
 
-    // Large enough for several cores, linear and by rows of odd size.
-    const std::size_t rows = 1201, width = 8001, gap = 30;
-    std::vector<char> large(rows * width), again(rows * (width + gap), 'x');
-    for (std::size_t i = 0; i < large.size(); ++i)
-        large[i] = char(i * 2654435761u >> 13);
-    char* pitched;
-    std::size_t pitch;
-    ASSERT_EQ(cudaMallocPitch(&pitched, &pitch, width, rows), cudaSuccess);
-    EXPECT_GE(pitch, width);
-    EXPECT_EQ(pitch % 256, 0u);
-    ASSERT_EQ(cudaMemcpy2D(pitched, pitch, large.data(), width, width, rows, cudaMemcpyHostToDevice), cudaSuccess);
-    ASSERT_EQ(cudaMemcpy2D(again.data(), width + gap, pitched, pitch, width, rows, cudaMemcpyDeviceToHost),
-              cudaSuccess);
-    for (std::size_t i = 0; i < again.size(); ++i) {
-        const std::size_t row = i / (width + gap), byte = i % (width + gap);
-        ASSERT_EQ(again[i], byte < width ? large[row * width + byte] : 'x') << row << ", " << byte;
+// Large enough for several cores, linear and by rows of odd size, long and short.
+TEST_F(MemoryTest, LargeCopies)
+{
+    for (const auto& shape : {std::pair<std::size_t, std::size_t>{1201, 8001}, {60001, 81}}) {
+        const std::size_t rows = shape.first, width = shape.second, gap = 30;
+        std::vector<char> large(rows * width), again(rows * (width + gap), 'x');
+        for (std::size_t i = 0; i < large.size(); ++i)
+            large[i] = char(i * 2654435761u >> 13);
+        char* pitched;
+        std::size_t pitch;
+        ASSERT_EQ(cudaMallocPitch(&pitched, &pitch, width, rows), cudaSuccess);
+        EXPECT_GE(pitch, width);
+        EXPECT_EQ(pitch % 256, 0u);
+        ASSERT_EQ(cudaMemcpy2D(pitched, pitch, large.data(), width, width, rows, cudaMemcpyHostToDevice), cudaSuccess);
+        ASSERT_EQ(cudaMemcpy2D(again.data(), width + gap, pitched, pitch, width, rows, cudaMemcpyDeviceToHost),
+                  cudaSuccess);
+        for (std::size_t i = 0; i < again.size(); ++i) {
+            const std::size_t row = i / (width + gap), byte = i % (width + gap);
+            ASSERT_EQ(again[i], byte < width ? large[row * width + byte] : 'x') << row << ", " << byte;
+        }
+        EXPECT_EQ(cudaFree(pitched), cudaSuccess);
+        const DeviceArray<char> linear(large);
+        EXPECT_TRUE(linear.download() == large);
+        ASSERT_EQ(cudaMemset(linear + 1, 'y', large.size() - 2), cudaSuccess);
+        std::fill(large.begin() + 1, large.end() - 1, 'y');
+        EXPECT_TRUE(linear.download() == large);
     }
-    EXPECT_EQ(cudaFree(pitched), cudaSuccess);
-    EXPECT_TRUE(DeviceArray<char>(large).download() == large);
 }
 
 TEST_F(MemoryTest, CapacityIsALimitAndComesBack)
@@ -155,8 +182,17 @@ TEST_F(MemoryTest, CapacityIsALimitAndComesBack)
     ASSERT_EQ(cudaMalloc(&first, 3 * MiB / 4), cudaSuccess) << "free memory in two pieces is free memory";
     EXPECT_EQ(cudaFree(first), cudaSuccess);
     EXPECT_EQ(cudaFree(second), cudaSuccess);
-    std::size_t pitch;
-    EXPECT_EQ(cudaMallocPitch(&first, &pitch, MiB, std::size_t{1} << 50), cudaErrorMemoryAllocation);
+    constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
+    std::size_t pitch = 7;
+    for (const auto& shape : {std::pair<std::size_t, std::size_t>{MiB, 2}, {MiB, most >> 14}, {most, 1}})
+        EXPECT_EQ(cudaMallocPitch(&first, &pitch, shape.first, shape.second), cudaErrorMemoryAllocation);
+    EXPECT_EQ(pitch, 7u) << "a call that fails writes none";
+    EXPECT_EQ(cudaMalloc(&first, MiB + 1), cudaErrorMemoryAllocation);
+    EXPECT_EQ(cudaMallocHost(&first, most / 2), cudaErrorMemoryAllocation);
+    first = second;
+    ASSERT_EQ(cudaMallocHost(&first, 0), cudaSuccess);
+    EXPECT_EQ(first, nullptr);
+    first = second;
     ASSERT_EQ(cudaMalloc(&first, 0), cudaSuccess);
     EXPECT_EQ(first, nullptr);
 }

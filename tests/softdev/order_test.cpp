@@ -56,6 +56,24 @@ TEST_F(OrderTest, PageableAsyncCopyIsDoneAtReturn)
     EXPECT_EQ(device.download()[0], 5);
 }
 
+// Between two places of the device the host does not wait, on the host it does.
+TEST_F(OrderTest, OnlyCopiesThatTouchPageableMemoryAreWaitedFor)
+{
+    softdevSetHold(true);
+    const DeviceArray<int> from(std::vector<int>{5}), to(std::vector<int>{4});
+    const PinnedArray<int> pinned(1);
+    int host = 0;
+    pinned[0] = 2;
+    ASSERT_EQ(cudaMemcpy(to, from, sizeof(int), cudaMemcpyDeviceToDevice), cudaSuccess);
+    ASSERT_EQ(cudaMemcpyAsync(from, pinned, sizeof(int), cudaMemcpyHostToDevice), cudaSuccess);
+    EXPECT_EQ(*view<int>(to), 4);
+    EXPECT_EQ(*view<int>(from), 5);
+    ASSERT_EQ(cudaMemcpyAsync(&host, pinned, sizeof(int), cudaMemcpyHostToHost), cudaSuccess);
+    EXPECT_EQ(host, 2);
+    EXPECT_EQ(*view<int>(to), 5);
+    EXPECT_EQ(*view<int>(from), 2);
+}
+
 // The copies are on two streams; the default stream's work between them orders all.
 TEST_F(OrderTest, DefaultStreamOrdersOtherStreams)
 {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -32,16 +33,26 @@ public:
     T operator()()
     {
         if constexpr (tarn::isComplex<T>) {
-            const auto re = part_(engine_);
-            return T(re, part_(engine_));
+            const auto re = part();
+            return T(re, part());
         } else {
-            return part_(engine_);
+            return part();
         }
     }
 
 private:
+    using R = tarn::Real<T>;
+
+    /// As std::uniform_real_distribution draws it. Built by clang that takes two logarithms for each number.
+    R part()
+    {
+        R x = R(engine_()) * R(0x1p-32);
+        if constexpr (sizeof(R) == 8)
+            x = (x + R(engine_())) * R(0x1p-32);
+        return 2 * std::min(x, 1 - std::numeric_limits<R>::epsilon() / 2) - 1;
+    }
+
     std::mt19937 engine_;
-    std::uniform_real_distribution<tarn::Real<T>> part_{-1, 1};
 };
 
 /// A column-major m by n matrix with ld - m padding rows of a fixed bit pattern, a signalling NaN.

@@ -98,8 +98,8 @@ cudaError_t Machine::lastingError()
 {
     if (const cudaError_t none = absence())
         return none;
-    const auto index = static_cast<std::size_t>(currentIndex());
-    const Device* ready = index < slots_.size() ? slots_[index]->device.load(std::memory_order_acquire) : nullptr;
+    const Slot& current = *slots_[static_cast<std::size_t>(currentIndex())];
+    const Device* ready = current.device.load(std::memory_order_acquire);
     return ready ? ready->queue.stuck() : cudaSuccess;
 }
 
