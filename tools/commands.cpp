@@ -80,8 +80,8 @@ int runTool(int argc, char** argv)
     app.set_version_flag("--version", "tarn " + libraryVersion());
     // None at all is refused below: CLI11 would else say that of a misspelt one too.
     app.require_subcommand(0, 1);
-    const Command commands[] = {addInfo(app),  addSolve(app), addLstsq(app), addSvd(app),
-                                addBench(app), addDemo(app),  addRun(app),   addReport(app), addHelp(app)};
+    const Command commands[] = {addInfo(app), addSolve(app), addLstsq(app),  addSvd(app), addBench(app),
+                                addDemo(app), addRun(app),   addReport(app), addHelp(app)};
     app.allow_extras(); // they are refused below
     try {
         app.parse(argc, argv);
