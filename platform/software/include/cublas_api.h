@@ -23,28 +23,28 @@ typedef enum
     CUBLAS_STATUS_LICENSE_ERROR = 16
 } cublasStatus_t;
 
-typedef enum
+typedef enum SOFTDEV_INT
 {
     CUBLAS_FILL_MODE_LOWER = 0,
     CUBLAS_FILL_MODE_UPPER = 1
 } cublasFillMode_t;
-typedef enum
+typedef enum SOFTDEV_INT
 {
     CUBLAS_DIAG_NON_UNIT = 0,
     CUBLAS_DIAG_UNIT = 1
 } cublasDiagType_t;
-typedef enum
+typedef enum SOFTDEV_INT
 {
     CUBLAS_SIDE_LEFT = 0,
     CUBLAS_SIDE_RIGHT = 1
 } cublasSideMode_t;
-typedef enum
+typedef enum SOFTDEV_INT
 {
     CUBLAS_OP_N = 0,
     CUBLAS_OP_T = 1,
     CUBLAS_OP_C = 2
 } cublasOperation_t;
-typedef enum
+typedef enum SOFTDEV_INT
 {
     CUBLAS_POINTER_MODE_HOST = 0,
     CUBLAS_POINTER_MODE_DEVICE = 1

@@ -5,8 +5,10 @@
 #ifdef __cplusplus
 #    include <cstddef>
 #    define SOFTDEV_DEFAULT(value) = value
+#    define SOFTDEV_INT : int /* so that a value that is none of the enumerators may be passed, and is refused */
 #else
 #    define SOFTDEV_DEFAULT(value)
+#    define SOFTDEV_INT
 #endif
 #include <stddef.h>
 
@@ -38,7 +40,7 @@ enum cudaError
 };
 typedef enum cudaError cudaError_t;
 
-enum cudaMemcpyKind
+enum cudaMemcpyKind SOFTDEV_INT
 {
     cudaMemcpyHostToHost = 0,
     cudaMemcpyHostToDevice = 1,
