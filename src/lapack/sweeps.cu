@@ -101,6 +101,18 @@ __device__ __forceinline__ void unrolled(const Step& step)
     unrolled(std::make_integer_sequence<int, N>(), step);
 }
 
+/// step(i) for i from 0 to N - 1, for code at the ends of the sweeps: unrolled where the arrays that it indexes have to
+/// stay in registers, and a loop on a CPU, where they are memory, lest it be compiled many times over.
+template <int N, class Step>
+__device__ __forceinline__ void inOrder(const Step& step)
+{
+    if constexpr (readsInPlace)
+        for (int i = 0; i < N; ++i)
+            step(i);
+    else
+        unrolled<N>([&](auto i) { step(decltype(i)::value); });
+}
+
 /// A run of waves in which every sweep has its rotation, of `rows` rows by forRows: all in registers.
 template <bool forward, class T, class ForRows>
 __device__ __forceinline__ void runWaves(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int t0,
@@ -136,22 +148,16 @@ __device__ __forceinline__ void runWaves(Wavefront<T>& front, WaveRotations<Real
 }
 
 /// Wave t where the sweeps begin or end, number i of its run: those that have a rotation there.
-template <bool forward, int i, class T, class ForRows>
-__device__ __forceinline__ void runWave(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int t,
+template <bool forward, class T, class ForRows>
+__device__ __forceinline__ void runWave(Wavefront<T>& front, WaveRotations<Real<T>> rotations, int i, int t,
                                         const SweepSet& set, Places<forward> places, T* A, int lda,
                                         const ForRows& forRows)
 {
-    forRows([&](int row) {
-        unrolled<K>([&](auto step) {
-            constexpr int k = decltype(step)::value;
-            front.at[k][row] = front.at[k + 1][row];
-        });
-        front.at[K][row] = front.ahead[i][row];
-    });
+    inOrder<K>([&](int k) { forRows([&](int row) { front.at[k][row] = front.at[k + 1][row]; }); });
+    forRows([&](int row) { front.at[K][row] = front.ahead[i][row]; });
     if (t + 1 + waves < places.count())
         forRows([&](int row) { front.ahead[i][row] = A[offset(row, places.column(t + 1 + waves), lda)]; });
-    unrolled<K>([&](auto step) {
-        constexpr int k = decltype(step)::value;
+    inOrder<K>([&](int k) {
         if (places.has(set.sweeps[k], t - k))
             forRows([&](int row) {
                 rotatePlane<forward>(front.at[K - 1 - k][row], front.at[K - k][row], rotations.c[k][i],
@@ -222,9 +228,8 @@ __global__ void SWEEPS_k(int m, const Real<T>* c, const Real<T>* s, std::int64_t
             if (isInside(t0))
                 runWaves<forward>(front, rotations, t0, places, rows, lda, forRows);
             else
-                unrolled<waves>([&](auto step) {
-                    constexpr int i = decltype(step)::value;
-                    runWave<forward, i>(front, rotations, t0 + i, set, places, rows, lda, forRows);
+                inOrder<waves>([&](int i) {
+                    runWave<forward>(front, rotations, i, t0 + i, set, places, rows, lda, forRows);
                 });
         }
     };
