@@ -1,35 +1,69 @@
-// The subcommands of tarn. Each add function declares one with its options on the application, and returns what runs
-// it.
+// The subcommands of tarn: what may be asked of each, and what runs it. Those that are given a command line return the
+// exit status of the program, and raise Failure.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
-#include <functional>
 #include <string>
+#include <vector>
 
 namespace tarn::tool {
 
-struct Command
+int runInfo(bool json);
+
+/// A X = B for a square matrix. Names of files: empty, none; "-", the standard output.
+struct SolveOptions
 {
-    CLI::App* app;
-    std::function<int()> run; ///< the exit status of the program; raises Failure
+    std::string matrix, rhs, out;
+    bool complex = false, json = false, refine = false, single = false;
 };
+int runSolve(const SolveOptions& options);
 
-Command addInfo(CLI::App& tarn);
-Command addSolve(CLI::App& tarn);
-Command addLstsq(CLI::App& tarn);
-Command addSvd(CLI::App& tarn);
-Command addBench(CLI::App& tarn);
-Command addDemo(CLI::App& tarn);
-Command addRun(CLI::App& tarn);
-Command addReport(CLI::App& tarn);
-Command addHelp(CLI::App& tarn);
+/// Least squares or least norm.
+struct LstsqOptions
+{
+    std::string matrix, rhs, constraints, constraintRhs, out;
+    bool complex = false, json = false;
 
-/// The command of that name; raises UsageError, listing those that there are, where there is none.
-const CLI::App& commandNamed(const CLI::App& tarn, const std::string& name);
+    bool constrained() const { return !constraints.empty(); }
+};
+int runLstsq(const LstsqOptions& options);
 
-/// Runs the tool: 0, or 1 after a failure, or 2 for a command line that does not parse, each with one line on the error
-/// stream.
-int runTool(int argc, char** argv);
+/// Singular values.
+struct SvdOptions
+{
+    std::string matrix, out, plot;
+    int rank = 0; ///< of the nearest matrix that is asked for; 0: none is
+    bool vectors = false, complex = false, json = false;
+
+    bool wantsVectors() const { return vectors || rank > 0; }
+};
+int runSvd(const SvdOptions& options);
+
+/// Measurements of routines.
+struct BenchOptions
+{
+    std::vector<std::string> routines = {"all"};
+    std::string types = "s";
+    std::vector<std::string> sizes = {"1024"};
+    int nrhs = 10, repeats = 0;
+    std::vector<int> threads; ///< of callers at a time; empty: one, call by call
+    bool json = false, csv = false, list = false, kernels = false, dropin = false;
+};
+int runBench(const BenchOptions& options);
+/// Explains the table that it prints.
+std::string benchHelp();
+
+int runDemo(const std::string& folder);
+/// The folder of the sample problems: beside an installed tool, else in the source tree.
+std::string demoFolder();
+
+/// A program under the drop-in library.
+struct RunOptions
+{
+    std::vector<std::string> command;
+    bool report = false;
+};
+int runProgram(RunOptions options);
+
+int runReport(const std::string& log);
 
 } // namespace tarn::tool

@@ -14,7 +14,6 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <memory>
 
 namespace tarn::tool {
 
@@ -24,15 +23,6 @@ constexpr double errorBound = 1e-3;
 constexpr int panelCount = 2000;
 constexpr int samples = 4000, degree = 127, givenPoints = 5;
 constexpr double noise = 0.05;
-
-/// The folder of the sample problems: beside an installed tool, else in the source tree.
-std::string dataFolder()
-{
-    std::error_code ignored;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    const std::filesystem::path installed = program.parent_path() / TARN_INSTALLED_DATA;
-    return std::filesystem::exists(installed, ignored) ? installed.string() : TARN_SOURCE_DATA;
-}
 
 Matrix<double> readReal(const std::string& path)
 {
@@ -303,6 +293,16 @@ void warmUp()
     solveSingle(a, b);
 }
 
+} // namespace
+
+std::string demoFolder()
+{
+    std::error_code ignored;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const std::filesystem::path installed = program.parent_path() / TARN_INSTALLED_DATA;
+    return std::filesystem::exists(installed, ignored) ? installed.string() : TARN_SOURCE_DATA;
+}
+
 int runDemo(const std::string& folder)
 {
     const Library library;
@@ -320,18 +320,6 @@ int runDemo(const std::string& folder)
     fmt::print("\n{}\n", good ? "All errors are within their bounds."
                               : "An error is larger than its bound: something is wrong here.");
     return good ? 0 : 1;
-}
-
-} // namespace
-
-Command addDemo(CLI::App& tarn)
-{
-    auto folder = std::make_shared<std::string>(dataFolder());
-    CLI::App* app = tarn.add_subcommand("demo", "Solve five sample problems and compare with exact solutions");
-    app->add_option("--data", *folder, "Folder of utm300.mtx, well1850.mtx and their right-hand sides")
-        ->type_name("FOLDER")
-        ->capture_default_str();
-    return {app, [folder] { return runDemo(*folder); }};
 }
 
 } // namespace tarn::tool

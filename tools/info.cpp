@@ -6,8 +6,8 @@
 #include "versions.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <memory>
 #include <vector>
 
 namespace tarn::tool {
@@ -92,6 +92,8 @@ void printJson(const Info& info, const char* status)
                  {"status", status}});
 }
 
+} // namespace
+
 int runInfo(bool json)
 {
     const Info info = gather();
@@ -100,16 +102,6 @@ int runInfo(bool json)
     check(status, "tarnInitialize");
     tarnShutdown();
     return 0;
-}
-
-} // namespace
-
-Command addInfo(CLI::App& tarn)
-{
-    auto json = std::make_shared<bool>(false);
-    CLI::App* app = tarn.add_subcommand("info", "Print devices, versions, and the CPU BLAS with its speed");
-    app->add_flag("--json", *json, "Print one JSON object");
-    return {app, [json] { return runInfo(*json); }};
 }
 
 } // namespace tarn::tool

@@ -9,21 +9,13 @@
 #include "timing.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <memory>
 #include <optional>
 
 namespace tarn::tool {
 
 namespace {
-
-struct Options
-{
-    std::string matrix, rhs, constraints, constraintRhs, out;
-    bool complex = false, json = false;
-
-    bool constrained() const { return !constraints.empty(); }
-};
 
 /// A X = B in the sense of least squares, and the constraints, which a file each gives; no file, no matrix.
 struct Files
@@ -46,7 +38,7 @@ struct Solution
     std::optional<double> forwardError = {}; ///< where the solution is known
 };
 
-Files readFiles(const Options& options)
+Files readFiles(const LstsqOptions& options)
 {
     const auto read = [](const std::string& path) {
         return path.empty() ? std::nullopt : std::optional(readMatrixMarket(path));
@@ -57,7 +49,7 @@ Files readFiles(const Options& options)
 
 const char* plural(int count) { return count == 1 ? "" : "s"; }
 
-void checkShapes(const Options& options, const Files& files)
+void checkShapes(const LstsqOptions& options, const Files& files)
 {
     const auto [m, n] = shapeOf(files.matrix);
     if (files.rhs)
@@ -97,7 +89,8 @@ Matrix<T> top(const Matrix<T>& b, int rows)
 }
 
 template <class T>
-Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<T>& b, Phase& phase, Solution& result)
+Matrix<T> leastSquares(const LstsqOptions& options, const Matrix<T>& a, const Matrix<T>& b, Phase& phase,
+                       Solution& result)
 {
     Matrix<T> factors = a, x(std::max(a.rows, a.cols), b.cols);
     for (int j = 0; j < b.cols; ++j)
@@ -124,8 +117,8 @@ Matrix<T> leastSquares(const Options& options, const Matrix<T>& a, const Matrix<
 }
 
 template <class T>
-Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T>& a, const Matrix<T>& c, Phase& phase,
-                      Solution& result)
+Matrix<T> constrained(const LstsqOptions& options, const Files& files, const Matrix<T>& a, const Matrix<T>& c,
+                      Phase& phase, Solution& result)
 {
     const Matrix<T> b = toSingle<T>(options.constraints, *files.constraints);
     const Matrix<T> d = toSingle<T>(options.constraintRhs, *files.constraintRhs);
@@ -153,7 +146,7 @@ Matrix<T> constrained(const Options& options, const Files& files, const Matrix<T
 }
 
 template <class T>
-Solution solve(const Options& options, const Files& files)
+Solution solve(const LstsqOptions& options, const Files& files)
 {
     const Matrix<T> a = toSingle<T>(options.matrix, files.matrix);
     const Matrix<T> b = files.rhs ? toSingle<T>(options.rhs, *files.rhs) : rowSums(a);
@@ -172,7 +165,7 @@ Solution solve(const Options& options, const Files& files)
     return result;
 }
 
-void printJson(const Options& options, char type, const Solution& s)
+void printJson(const LstsqOptions& options, char type, const Solution& s)
 {
     nlohmann::ordered_json object = {{"matrix", options.matrix},
                                      {"routine", options.constrained() ? "gglse" : "gels"},
@@ -197,7 +190,7 @@ void printJson(const Options& options, char type, const Solution& s)
 }
 
 /// The definition of the backward error that is printed.
-const char* definition(const Options& options, const Solution& s)
+const char* definition(const LstsqOptions& options, const Solution& s)
 {
     if (options.constrained())
         return "the larger of norm2(B x - d) / ((normF(B) norm2(x) + norm2(d)) eps) and of\n"
@@ -208,7 +201,7 @@ const char* definition(const Options& options, const Solution& s)
            "                and norm2(Z' x) / (norm2(x) eps), A Z = 0,";
 }
 
-void printText(const Options& options, char type, const Solution& s)
+void printText(const LstsqOptions& options, char type, const Solution& s)
 {
     fmt::print("problem         {} x {}, {} right-hand side{}, {} single precision\n", s.m, s.n, s.nrhs, plural(s.nrhs),
                type == 'c' ? "complex" : "real");
@@ -232,7 +225,9 @@ void printText(const Options& options, char type, const Solution& s)
         fmt::print("solution        {}\n", options.out);
 }
 
-int runLstsq(const Options& options)
+} // namespace
+
+int runLstsq(const LstsqOptions& options)
 {
     reserveOutput(options.out);
     const Files files = readFiles(options);
@@ -243,28 +238,6 @@ int runLstsq(const Options& options)
     if (solution.rcond)
         warnOfCondition<float>(options.matrix, *solution.rcond);
     return 0;
-}
-
-} // namespace
-
-Command addLstsq(CLI::App& tarn)
-{
-    auto options = std::make_shared<Options>();
-    CLI::App* app = tarn.add_subcommand("lstsq", "Least squares or least norm for a matrix from a Matrix Market file");
-    app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
-    app->add_option("--rhs", options->rhs, "B; without it B is A times a vector of ones")->type_name("FILE");
-    CLI::Option* constraints =
-        app->add_option("--constraints", options->constraints, "B of constraints B x = d that x meets exactly")
-            ->type_name("FILE");
-    CLI::Option* constraintRhs =
-        app->add_option("--constraint-rhs", options->constraintRhs, "d of the constraints")->type_name("FILE");
-    constraints->needs(constraintRhs);
-    constraintRhs->needs(constraints);
-    app->add_option("--out", options->out, "Where X goes, in array format; - is the standard output")
-        ->type_name("FILE");
-    app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
-    app->add_flag("--json", options->json, "Print one JSON object");
-    return {app, [options] { return runLstsq(*options); }};
 }
 
 } // namespace tarn::tool

@@ -1,4 +1,4 @@
-#include "commands.h"
+#include "command_line.h"
 #include "cpu_blas.h"
 
 int main(int argc, char** argv)

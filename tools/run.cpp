@@ -11,7 +11,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,12 +23,6 @@ namespace tarn::tool {
 namespace {
 
 constexpr const char *preloadVariable = "LD_PRELOAD", *logVariable = "TARN_BLAS_LOG";
-
-struct RunOptions
-{
-    std::vector<std::string> command;
-    bool report = false;
-};
 
 /// Puts the library first in the list of those that are loaded before all others.
 void preload(const std::string& library)
@@ -118,6 +111,8 @@ int runWithReport(const RunOptions& options)
     return status;
 }
 
+} // namespace
+
 int runProgram(RunOptions options)
 {
     preload(dropinLibrary());
@@ -127,35 +122,10 @@ int runProgram(RunOptions options)
     raiseNotRun(options.command[0], errno);
 }
 
-} // namespace
-
-Command addRun(CLI::App& tarn)
+int runReport(const std::string& log)
 {
-    auto options = std::make_shared<RunOptions>();
-    CLI::App* app =
-        tarn.add_subcommand("run", "Run a program whose BLAS and LAPACK calls go to the device if they gain");
-    app->add_option("command", options->command, "The program and its arguments, behind --")
-        ->required()
-        ->type_name("PROGRAM ARGS");
-    app->add_flag("--report", options->report, "At its end print which routines it called and where the calls went");
-    app->footer(
-        "Variables of the drop-in library (the Programmer's Guide tells more):\n"
-        "  TARN_BLAS_MIN_FLOPS           the least operations of a call that goes to the device; inf: none goes\n"
-        "  TARN_BLAS_MIN_FLOPS_PER_BYTE  the least operations for each byte that is moved there and back\n"
-        "  TARN_BLAS_DEVICE              the device; without it the current one, or one by the local rank in MPI\n"
-        "  TARN_BLAS_LOG                 a file to which each process appends its calls, for tarn report");
-    return {app, [options] { return runProgram(*options); }};
-}
-
-Command addReport(CLI::App& tarn)
-{
-    auto log = std::make_shared<std::string>();
-    CLI::App* app = tarn.add_subcommand("report", "Print the calls that programs wrote to the file of TARN_BLAS_LOG");
-    app->add_option("log", *log, "The file")->required()->type_name("FILE");
-    return {app, [log] {
-                fmt::print("{}", callReport(*log));
-                return 0;
-            }};
+    fmt::print("{}", callReport(log));
+    return 0;
 }
 
 } // namespace tarn::tool

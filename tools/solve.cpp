@@ -10,19 +10,13 @@
 #include "timing.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <memory>
 #include <optional>
 
 namespace tarn::tool {
 
 namespace {
-
-struct SolveOptions
-{
-    std::string matrix, rhs, out;
-    bool complex = false, json = false, refine = false, single = false;
-};
 
 struct Solution
 {
@@ -161,6 +155,8 @@ void print(const SolveOptions& options, char type, const Solution& s)
         fmt::print("solution        {}\n", options.out);
 }
 
+} // namespace
+
 int runSolve(const SolveOptions& options)
 {
     reserveOutput(options.out);
@@ -183,26 +179,6 @@ int runSolve(const SolveOptions& options)
         warnOfCondition<float>(options.matrix, solution.rcond);
     }
     return 0;
-}
-
-} // namespace
-
-Command addSolve(CLI::App& tarn)
-{
-    auto options = std::make_shared<SolveOptions>();
-    CLI::App* app = tarn.add_subcommand("solve", "Solve A X = B for a square matrix from a Matrix Market file");
-    app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
-    app->add_option("--rhs", options->rhs, "B; without it B is A times a vector of ones")->type_name("FILE");
-    app->add_option("--out", options->out, "Where X goes, in array format; - is the standard output")
-        ->type_name("FILE");
-    app->add_flag("--complex", options->complex, "Solve in complex arithmetic even if the files are real");
-    auto* refine =
-        app->add_flag("--refine", options->refine, "Solve in double precision, by factors in single precision");
-    app->add_flag("--single", options->single,
-                  "Stay in single precision; else the files' doubles are refined where it loses half of its digits")
-        ->excludes(refine);
-    app->add_flag("--json", options->json, "Print one JSON object");
-    return {app, [options] { return runSolve(*options); }};
 }
 
 } // namespace tarn::tool

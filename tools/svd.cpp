@@ -3,7 +3,6 @@
 #include "failure.h"
 #include "json.h"
 #include "least_squares.h"
-#include "option_checks.h"
 #include "output.h"
 #include "progress.h"
 #include "single_precision.h"
@@ -12,22 +11,13 @@
 #include "timing.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <memory>
 #include <optional>
 
 namespace tarn::tool {
 
 namespace {
-
-struct Options
-{
-    std::string matrix, out, plot;
-    int rank = 0;
-    bool vectors = false, complex = false, json = false;
-
-    bool wantsVectors() const { return vectors || rank > 0; }
-};
 
 /// A = U S V^H with the first min(m, n) vectors of each kind, or the values alone.
 template <class T>
@@ -46,7 +36,7 @@ struct Quality
 };
 
 template <class T>
-Decomposition<T> decompose(const Options& options, Matrix<T> a)
+Decomposition<T> decompose(const SvdOptions& options, Matrix<T> a)
 {
     const int m = a.rows, n = a.cols, k = std::min(m, n);
     const char job = options.wantsVectors() ? 'S' : 'N';
@@ -110,7 +100,7 @@ double orthogonalityOf(const Matrix<T>& q)
 }
 
 template <class T>
-std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
+std::pair<Spectrum, Quality> run(const SvdOptions& options, const AnyMatrix& file)
 {
     const Matrix<T> a = toSingle<T>(options.matrix, file);
     const Library library;
@@ -138,7 +128,7 @@ std::pair<Spectrum, Quality> run(const Options& options, const AnyMatrix& file)
     return {d.spectrum, quality};
 }
 
-void printJson(const Options& options, char type, const Spectrum& s, const Quality& quality)
+void printJson(const SvdOptions& options, char type, const Spectrum& s, const Quality& quality)
 {
     nlohmann::ordered_json object = {{"matrix", options.matrix},
                                      {"routine", "gesvd"},
@@ -163,7 +153,7 @@ void printJson(const Options& options, char type, const Spectrum& s, const Quali
     printObject(object);
 }
 
-void printText(const Options& options, char type, const Spectrum& s, const Quality& quality)
+void printText(const SvdOptions& options, char type, const Spectrum& s, const Quality& quality)
 {
     fmt::print("matrix          {} x {}, {} single precision\n", s.m, s.n, type == 'c' ? "complex" : "real");
     fmt::print("time            {:.6f} s, {}\n", quality.seconds,
@@ -187,7 +177,9 @@ void printText(const Options& options, char type, const Spectrum& s, const Quali
     fmt::print("\n{}", textPlot(s, 16));
 }
 
-int runSvd(const Options& options)
+} // namespace
+
+int runSvd(const SvdOptions& options)
 {
     if (!options.out.empty() && options.out == options.plot)
         throw UsageError("--out and --plot cannot both go to " + options.out);
@@ -203,27 +195,6 @@ int runSvd(const Options& options)
     const auto [spectrum, quality] = complex ? run<std::complex<float>>(options, file) : run<float>(options, file);
     (options.json ? printJson : printText)(options, complex ? 'c' : 's', spectrum, quality);
     return 0;
-}
-
-} // namespace
-
-Command addSvd(CLI::App& tarn)
-{
-    auto options = std::make_shared<Options>();
-    CLI::App* app = tarn.add_subcommand("svd", "Singular values of a matrix from a Matrix Market file");
-    app->add_option("matrix", options->matrix, "A: coordinate or array format")->required()->type_name("FILE");
-    app->add_flag("--vectors", options->vectors, "Compute the singular vectors too, and show their errors");
-    CLI::Option* rank =
-        app->add_option("--rank", options->rank, "Find the nearest matrix of this rank")->check(atLeast(1));
-    app->add_option("--out", options->out, "Where that matrix goes, in array format; - is the standard output")
-        ->type_name("FILE")
-        ->needs(rank);
-    app->add_option("--plot", options->plot, "Where a plot of the values goes, as SVG; - is the standard output")
-        ->type_name("FILE")
-        ->check(svgName());
-    app->add_flag("--complex", options->complex, "Compute in complex arithmetic even if the file is real");
-    app->add_flag("--json", options->json, "Print one JSON object");
-    return {app, [options] { return runSvd(*options); }};
 }
 
 } // namespace tarn::tool

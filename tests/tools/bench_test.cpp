@@ -2,7 +2,7 @@
 #include "bench/problem.h"
 #include "bench/trial.h"
 
-#include "commands.h"
+#include "command_line.h"
 #include "support/device.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 #include "../commands.h"
 #include "../failure.h"
-#include "../option_checks.h"
 #include "../progress.h"
 #include "dropin.h"
 #include "kernels.h"
@@ -12,24 +11,14 @@
 #include <charconv>
 #include <cstdio>
 #include <map>
-#include <memory>
 
 namespace tarn::bench {
 
 namespace {
 
+using tool::BenchOptions;
 using tool::Failure;
 using tool::UsageError;
-
-struct Options
-{
-    std::vector<std::string> routines = {"all"};
-    std::string types = "s";
-    std::vector<std::string> sizes = {"1024"};
-    int nrhs = 10, repeats = 0;
-    std::vector<int> threads; ///< of callers at a time; empty: one, call by call
-    bool json = false, csv = false, list = false, kernels = false, dropin = false;
-};
 
 /// Appends what "N" or "N:N2:STEP" means: the sizes N, N + STEP, ... up to N2.
 void appendSizes(std::vector<int>& sizes, const std::string& text)
@@ -80,7 +69,7 @@ std::string commonTypes(const Routine& routine, const std::string& letters)
     return common;
 }
 
-void checkTypes(const std::vector<Routine>& chosen, const Options& options)
+void checkTypes(const std::vector<Routine>& chosen, const BenchOptions& options)
 {
     if (options.types.empty() || options.types.find_first_not_of("sdcz") != std::string::npos)
         throw UsageError(fmt::format("--type {}: give letters of s, d, c, z", options.types));
@@ -97,14 +86,14 @@ struct Run
     char type;
     int size;
 
-    Dimensions dimensions(const Options& options) const { return routine->dimensions(size, options.nrhs); }
-    double flops(const Options& options) const
+    Dimensions dimensions(const BenchOptions& options) const { return routine->dimensions(size, options.nrhs); }
+    double flops(const BenchOptions& options) const
     {
         return routine->flops(dimensions(options)) * (type == 'c' || type == 'z' ? 4 : 1);
     }
 };
 
-std::vector<Run> planned(const std::vector<Routine>& chosen, const std::vector<int>& sizes, const Options& options)
+std::vector<Run> planned(const std::vector<Routine>& chosen, const std::vector<int>& sizes, const BenchOptions& options)
 {
     std::vector<Run> runs;
     for (const Routine& routine : chosen)
@@ -118,7 +107,7 @@ std::vector<Run> planned(const std::vector<Routine>& chosen, const std::vector<i
 class Forecast
 {
 public:
-    explicit Forecast(const Options& options) : options_(options) {}
+    explicit Forecast(const BenchOptions& options) : options_(options) {}
 
     void learn(const Run& run, const Timing& timing)
     {
@@ -141,11 +130,11 @@ public:
     }
 
 private:
-    const Options& options_;
+    const BenchOptions& options_;
     std::map<std::string, double> work_, seconds_; ///< by routine, and of all by ""
 };
 
-Timing measureRun(const Run& run, const Options& options, Table& table, tool::Phase& phase)
+Timing measureRun(const Run& run, const BenchOptions& options, Table& table, tool::Phase& phase)
 {
     const Routine& routine = *run.routine;
     const Dimensions d = run.dimensions(options);
@@ -167,7 +156,7 @@ std::string nameOf(const std::vector<Run>& runs, std::size_t i)
     return fmt::format("{} {} {}, {} of {}", runs[i].routine->name, runs[i].type, runs[i].size, i + 1, runs.size());
 }
 
-int measureAll(const std::vector<Run>& runs, const Options& options)
+int measureAll(const std::vector<Run>& runs, const BenchOptions& options)
 {
     int unsound = 0;
     {
@@ -187,7 +176,7 @@ int measureAll(const std::vector<Run>& runs, const Options& options)
 }
 
 /// A line for each number of threads, with its calls per second as a share of those of the first.
-int measureUnderLoad(const std::vector<Run>& runs, const Options& options)
+int measureUnderLoad(const std::vector<Run>& runs, const BenchOptions& options)
 {
     fmt::print("{:<8} {:<4} {:>6} {:>7} {:>11} {:>6}  {:<12} {:>11} {:>6} {:>7}\n", "routine", "type", "size",
                "threads", "calls/s", "share", "beside", "calls/s", "share", "ratio");
@@ -220,7 +209,7 @@ void list()
         fmt::print("{} {} {} {}\n", routine.name, routine.types, routine.largest, routine.reference);
 }
 
-int runBench(const Options& options)
+int run(const BenchOptions& options)
 {
     if (options.list) {
         list();
@@ -289,47 +278,8 @@ std::string help()
 
 namespace tarn::tool {
 
-Command addBench(CLI::App& tarn)
-{
-    auto options = std::make_shared<bench::Options>();
-    CLI::App* app = tarn.add_subcommand("bench", "Measure routines beside a reference library");
-    app->add_option("--routine", options->routines, "Names with commas between, or all")
-        ->delimiter(',')
-        ->capture_default_str();
-    app->add_option("--type", options->types, "Element types: letters of s, d, c, z")->capture_default_str();
-    app->add_option("--size", options->sizes, "N or N:N2:STEP, or several with commas between")
-        ->delimiter(',')
-        ->capture_default_str();
-    app->add_option("--nrhs", options->nrhs, "Right-hand sides of gesv and gels")
-        ->check(atLeast(1))
-        ->capture_default_str();
-    app->add_option("--repeat", options->repeats, "Timed calls; 0: about a second's worth a row, at least 3")
-        ->check(atLeast(0))
-        ->capture_default_str();
-    CLI::Option* json = app->add_flag("--json", options->json, "Print an array of JSON objects");
-    CLI::Option* csv = app->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
-    app->add_flag("--list", options->list,
-                  "Measure nothing: print each routine's name, types, largest size for a survey, and reference");
-    app->add_flag(
-           "--kernels", options->kernels,
-           "Measure copies, transposes and plane rotations of the device modules beside memcpy and LAPACK; of the "
-           "other options --size and --repeat count")
-        ->excludes(json);
-    app->add_flag("--dropin", options->dropin,
-                  "Measure what the drop-in library costs a call that stays on the CPU; no other option counts");
-    app->add_option("--threads", options->threads,
-                    "Threads that call at a time, several numbers with commas between: calls per second of all "
-                    "together on host pointers, and their share of those of the first number")
-        ->delimiter(',')
-        ->check(atLeast(1))
-        ->excludes(json)
-        ->excludes(csv);
-    app->footer(bench::help());
-    return {app, [options, app] {
-                if (options->kernels && app->count("--size") == 0)
-                    options->sizes = {"2048"};
-                return bench::runBench(*options);
-            }};
-}
+int runBench(const BenchOptions& options) { return bench::run(options); }
+
+std::string benchHelp() { return bench::help(); }
 
 } // namespace tarn::tool
