@@ -228,9 +228,8 @@ __global__ void SWEEPS_k(int m, const Real<T>* c, const Real<T>* s, std::int64_t
             if (isInside(t0))
                 runWaves<forward>(front, rotations, t0, places, rows, lda, forRows);
             else
-                inOrder<waves>([&](int i) {
-                    runWave<forward>(front, rotations, i, t0 + i, set, places, rows, lda, forRows);
-                });
+                inOrder<waves>(
+                    [&](int i) { runWave<forward>(front, rotations, i, t0 + i, set, places, rows, lda, forRows); });
         }
     };
     // Apart for whole blocks of rows and for others: a CPU runs whole ones in vectors without a rest.

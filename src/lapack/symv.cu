@@ -78,10 +78,10 @@ __device__ __forceinline__ void mirrorTile(T* a)
     block.sync();
 }
 
-/// acc += contribution of the 16 by 16 tile at (rowOff, colOff) of the diagonal block that starts at (i0, i0) of A; a
-/// tile off the diagonal counts a second time as its own mirror.
+/// acc += contribution of the 16 by 16 tile at (rowOff, colOff) of the diagonal block D, of which `order` rows and
+/// columns are inside the matrix; a tile off the diagonal counts a second time as its own mirror.
 template <bool lower, bool bounded, int rowOff, int colOff, class T>
-__device__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, int lda)
+__device__ void addDiagonalTile(SymvBlock<T> shared, const T* D, int lda, int order)
 {
     constexpr int tile = 16, quarters = 4;
     const Threads block;
@@ -90,8 +90,8 @@ __device__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, 
 
     block.each<tile>([&](int tx, int ty) {
         for (int k = 0; k < quarters; ++k) {
-            const int c = ty + quarters * k, i = i0 + rowOff + tx, j = i0 + colOff + c;
-            a[c * tilePitch + tx] = !bounded || (i < n && j < n) ? A[offset(i, j, lda)] : T(0);
+            const int c = ty + quarters * k, i = rowOff + tx, j = colOff + c;
+            a[c * tilePitch + tx] = !bounded || (i < order && j < order) ? D[offset(i, j, lda)] : T(0);
         }
     });
     block.sync();
@@ -118,6 +118,42 @@ __device__ void addDiagonalTile(SymvBlock<T> shared, int i0, int n, const T* A, 
     }
     addQuarters<rowOff>(shared, p);
 }
+
+/// A tile of 32 by 32 as the products take it. A CPU that reads tiles from where they stand copies those that are not
+/// whole, so that all are multiplied by the same code, without a test against bounds.
+template <bool copiesPartOfTile, class T>
+struct WholeTile
+{
+    const T* M;
+    int lda;
+
+    __device__ __forceinline__ void at(const T* tile, int pitch, int, int)
+    {
+        M = tile;
+        lda = pitch;
+    }
+};
+
+template <class T>
+struct WholeTile<true, T>
+{
+    const T* M;
+    int lda;
+    T copy[blockOrder * blockOrder];
+
+    void at(const T* tile, int pitch, int rows, int columns)
+    {
+        M = tile;
+        lda = pitch;
+        if (rows < blockOrder || columns < blockOrder) {
+            for (int j = 0; j < blockOrder; ++j)
+                for (int i = 0; i < blockOrder; ++i)
+                    copy[blockOrder * j + i] = i < rows && j < columns ? tile[offset(i, j, pitch)] : T(0);
+            M = copy;
+            lda = blockOrder;
+        }
+    }
+};
 
 /// Loads the 32 elements of x from i0 on; bounded: zeros from n on.
 template <bool bounded, class T>
@@ -191,21 +227,20 @@ __device__ __forceinline__ void multiplyPanel(SymvBlock<T> shared, const T* M, i
                                               Private<T, blockOrder>& u, Private<T, blockOrder>& v)
 {
     const Threads block;
-    const bool inPlace = readsInPlace && (!bounded || (rows >= blockOrder && columns >= blockOrder));
     T* const a = shared.a;
     Private<T, Threads::threads> p, q[stripes];
     Private<PanelElements<T>, Threads::threads> elements;
 
-    if (!inPlace)
+    if constexpr (!readsInPlace)
         loadPanel<bounded>(elements, M, lda, rows, columns);
     block.each<blockOrder>([&](int tx, int ty) { p[blockOrder * ty + tx] = T(0); });
     for (int s = 0, j = 0; s < stripes; ++s, j += stripeWidth) {
-        const T *const stripe = M + offset(0, j, lda), *const xCol = shared.xCol + j;
-        if (!inPlace)
+        const T* const xCol = shared.xCol + j;
+        if constexpr (!readsInPlace)
             stageStripe(shared, elements, s);
         block.sync();
-        if (inPlace)
-            multiplyStripe(shared, stripe, lda, xCol, p, q[s]);
+        if constexpr (readsInPlace)
+            multiplyStripe(shared, M + offset(0, j, lda), lda, xCol, p, q[s]);
         else
             multiplyStripe(shared, a, stripePitch, xCol, p, q[s]);
         block.sync();
@@ -280,13 +315,14 @@ __global__ void symv_init_k(int n, T, const T*, int, const T*, int, T beta, T* y
 template <class T, int uploType, int boundsType, int sumType, int NB>
 __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx, T, T* y, int incy, T* work)
 {
-    constexpr bool lower = uploType == 1, bounded = boundsType == 0;
+    constexpr bool lower = uploType == 1, bounded = boundsType == 0, boundedTiles = bounded && !readsInPlace;
     if (alpha == T(0))
         return;
     __shared__ T aa[16 * tilePitch], xx_n[NB], xx_t[NB];
     const Threads block;
     Private<T, Threads::threads> acc;
     Private<T, NB> u, v, partial;
+    WholeTile<bounded && readsInPlace, T> tile;
     const SymvBlock<T> shared{aa, xx_n, xx_t, acc};
     const PartialSums<sumType, T> sums{y, incy, work + std::int64_t(blockIdx.x) * n};
     const int i0 = NB * int(blockIdx.x);
@@ -296,17 +332,19 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
     loadX<bounded>(xx_n, i0, n, x, incx);
     loadX<bounded>(xx_t, i0, n, x, incx);
     block.sync();
-    addDiagonalTile<lower, bounded, 0, 0>(shared, i0, n, A, lda);
-    addDiagonalTile<lower, bounded, lower ? 16 : 0, lower ? 0 : 16>(shared, i0, n, A, lda);
-    addDiagonalTile<lower, bounded, 16, 16>(shared, i0, n, A, lda);
+    tile.at(A + offset(i0, i0, lda), lda, n - i0, n - i0);
+    addDiagonalTile<lower, boundedTiles, 0, 0>(shared, tile.M, tile.lda, n - i0);
+    addDiagonalTile<lower, boundedTiles, lower ? 16 : 0, lower ? 0 : 16>(shared, tile.M, tile.lda, n - i0);
+    addDiagonalTile<lower, boundedTiles, 16, 16>(shared, tile.M, tile.lda, n - i0);
 
     for (int r0 = i0 + NB; r0 < n; r0 += NB) {
         loadX<bounded>(lower ? xx_t : xx_n, r0, n, x, incx);
         const int i = lower ? r0 : i0, j = lower ? i0 : r0;
-        const T* const tile = A + offset(i, j, lda);
+        const T* const panel = A + offset(i, j, lda);
         if (r0 + 2 * NB <= n)
-            prefetchBlock<NB, NB>(tile + (lower ? offset(NB, 0, lda) : offset(0, NB, lda)), lda);
-        multiplyPanel<bounded>(shared, tile, lda, n - i, n - j, u, v);
+            prefetchBlock<NB, NB>(panel + (lower ? offset(NB, 0, lda) : offset(0, NB, lda)), lda);
+        tile.at(panel, lda, n - i, n - j);
+        multiplyPanel<boundedTiles>(shared, tile.M, tile.lda, n - i, n - j, u, v);
         block.each<NB>([&](int tx, int ty) {
             if (ty == 0) {
                 acc[tx] += lower ? v[tx] : u[tx];
