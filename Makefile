@@ -81,11 +81,13 @@ docs: setup
 	@cmake --preset release -DTARN_BUILD_DOCS=ON $(CMAKE_FLAGS)
 	@cmake --build --preset release -j $(JOBS) --target docs
 
-# clang, its warnings errors, on a project that takes the sources in by FetchContent and asks for C++20.
+# clang, its warnings errors, on a project that takes the sources in by FetchContent and asks for C++20; without
+# precompiled headers, so that each file has to include what it needs.
 check-clang: setup
 	@scripts/install-dependencies clang
 	@CC=clang CXX=clang++ cmake -S tests/package/foreign -B build/clang -G Ninja -DTARN=$(CURDIR) -DBY=FetchContent \
-	       -DTARN_DEVICE=software -DTARN_WERROR=ON -DTARN_BUILD_TESTS=ON $(CMAKE_FLAGS)
+	       -DTARN_DEVICE=software -DTARN_WERROR=ON -DTARN_BUILD_TESTS=ON \
+	       -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON $(CMAKE_FLAGS)
 	@cmake --build build/clang -j $(JOBS) --target programs kernels_test callers_test
 	@ctest --test-dir build/clang --output-on-failure --no-tests=error -R "^(solve|kernels_test|callers_test)"
 
