@@ -1,5 +1,5 @@
-// The subcommands of tarn: what may be asked of each, and what runs it. Those that are given a command line return the
-// exit status of the program, and raise Failure.
+// The subcommands of tarn: what may be asked of each, and what runs it. The run functions return the exit status of the
+// program, and raise Failure.
 #pragma once
 
 #include <string>

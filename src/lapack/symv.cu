@@ -120,7 +120,8 @@ __device__ void addDiagonalTile(SymvBlock<T> shared, const T* D, int lda, int or
 }
 
 /// A tile of 32 by 32 as the products take it. A CPU that reads tiles from where they stand copies those that are not
-/// whole, so that all are multiplied by the same code, without a test against bounds.
+/// whole, so that all are multiplied by the same code, without a test against bounds. rows and columns are those inside
+/// the matrix.
 template <bool copiesPartOfTile, class T>
 struct WholeTile
 {
