@@ -15,7 +15,7 @@ std::string dropinLibrary()
         throw Failure("cannot tell where libtarn_lapack lies");
     const auto library = std::filesystem::absolute(info.dli_fname).parent_path() / TARN_DROPIN_LIBRARY;
     if (!std::filesystem::exists(library))
-        throw Failure(library.string() + " is not there");
+        throw Failure(library.string() + " is not there: a build of all targets has it");
     return library.string();
 }
 

@@ -323,7 +323,7 @@ __global__ void symv_k(int n, T alpha, const T* A, int lda, const T* x, int incx
     const Threads block;
     Private<T, Threads::threads> acc;
     Private<T, NB> u, v, partial;
-    WholeTile<bounded && readsInPlace, T> tile;
+    WholeTile<readsInPlace, T> tile;
     const SymvBlock<T> shared{aa, xx_n, xx_t, acc};
     const PartialSums<sumType, T> sums{y, incy, work + std::int64_t(blockIdx.x) * n};
     const int i0 = NB * int(blockIdx.x);
@@ -422,8 +422,10 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
     withConstant(uplo == 'L' || uplo == 'l', [&](auto lower) {
         withConstant(n % blockOrder == 0, [&](auto aligned) {
             withConstant(work != nullptr, [&](auto sumType) {
+                // One kernel serves all orders on a CPU, whose tiles are whole.
+                constexpr int boundsType = readsInPlace ? 0 : decltype(aligned)::value;
                 constexpr auto kernel =
-                    &symv_k<T, decltype(lower)::value, decltype(aligned)::value, decltype(sumType)::value, blockOrder>;
+                    &symv_k<T, decltype(lower)::value, boundsType, decltype(sumType)::value, blockOrder>;
                 platform::launch<kernel, Threads>(grid, threads, n, alpha, A, lda, x, incx, beta, y, incy, work);
             });
         });
@@ -432,24 +434,11 @@ void symv(char uplo, int n, T alpha, const T* A, int lda, const T* x, int incx, 
         platform::launch<&symv_reduction_k<T>, Line>(grid, line, n, alpha, A, lda, x, incx, beta, y, incy, work);
 }
 
-#define TARN_SYMV_VARIANT(T, uploType, boundsType, sumType)                                                            \
-    template __global__ void symv_k<T, uploType, boundsType, sumType, 32>(int, T, const T*, int, const T*, int, T, T*, \
-                                                                          int, T*);
-#define TARN_SYMV(T)                                                                                                   \
-    template __global__ void symv_init_k<T, 1>(int, T, const T*, int, const T*, int, T, T*, int);                      \
-    template __global__ void symv_reduction_k<T>(int, T, const T*, int, const T*, int, T, T*, int, T*);                \
-    TARN_SYMV_VARIANT(T, 0, 0, 0)                                                                                      \
-    TARN_SYMV_VARIANT(T, 0, 0, 1)                                                                                      \
-    TARN_SYMV_VARIANT(T, 0, 1, 0)                                                                                      \
-    TARN_SYMV_VARIANT(T, 0, 1, 1)                                                                                      \
-    TARN_SYMV_VARIANT(T, 1, 0, 0)                                                                                      \
-    TARN_SYMV_VARIANT(T, 1, 0, 1)                                                                                      \
-    TARN_SYMV_VARIANT(T, 1, 1, 0)                                                                                      \
-    TARN_SYMV_VARIANT(T, 1, 1, 1) template void symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
+#define TARN_WRAPPERS(T) template void symv(char, int, T, const T*, int, const T*, int, T, T*, int, T*);
 
-TARN_SYMV(float)
-TARN_SYMV(double)
-TARN_SYMV(Complex<float>)
-TARN_SYMV(Complex<double>)
+TARN_WRAPPERS(float)
+TARN_WRAPPERS(double)
+TARN_WRAPPERS(Complex<float>)
+TARN_WRAPPERS(Complex<double>)
 
 } // namespace tarn::kernel

@@ -21,7 +21,7 @@ int benchKernels(const std::vector<int>& sizes, int repeats)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());
-    throw tool::Failure(program + " cannot be started: the build folder has it");
+    throw tool::Failure(program + " cannot be started: a build of all targets has it");
 }
 
 } // namespace tarn::bench

@@ -4,7 +4,7 @@
 #include <cuda_runtime.h>
 #include <softdev_launch.h>
 
-#include <string>
+#include <array>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -46,15 +46,18 @@ private:
 };
 
 /// The kernel's name as the call log shows it: what the compiler calls the template argument of this function, without
-/// its namespaces and parameters.
+/// its namespaces and parameters. Ends with a zero.
 template <auto Kernel>
-std::string kernelName()
+constexpr auto kernelName()
 {
-    std::string_view name = __PRETTY_FUNCTION__;
-    name.remove_prefix(name.find("Kernel = ") + std::string_view("Kernel = ").size());
-    name = name.substr(0, name.find_first_of("<(;]"));
-    const auto scope = name.rfind(':');
-    return std::string(scope == std::string_view::npos ? name : name.substr(scope + 1));
+    constexpr std::string_view signature = __PRETTY_FUNCTION__, argument = "Kernel = ";
+    constexpr auto first = signature.find(argument) + argument.size();
+    constexpr auto qualified = signature.substr(first, signature.find_first_of("<(;]", first) - first);
+    constexpr auto plain = qualified.substr(qualified.rfind(':') + 1); // all of it if there is no namespace
+    std::array<char, plain.size() + 1> name{};
+    for (std::size_t k = 0; k < plain.size(); ++k)
+        name[k] = plain[k];
+    return name;
 }
 
 /// A launch argument as the device side sees it: device addresses in the writable view, all else as it is.
@@ -115,8 +118,8 @@ void launch(dim3 grid, dim3 block, Args... args)
         softdevFail(result);
         return;
     }
-    static const std::string name = kernelName<Kernel>();
-    softdevLaunch(name.c_str(), grid, block, dim3(Shape::x, Shape::y), BlockRun<Kernel, Args...>(views));
+    static constexpr auto name = kernelName<Kernel>();
+    softdevLaunch(name.data(), grid, block, dim3(Shape::x, Shape::y), BlockRun<Kernel, Args...>(views));
 }
 
 } // namespace tarn::platform
