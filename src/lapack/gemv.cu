@@ -128,7 +128,7 @@ __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, 
         shared.x[i] = !bounded || i0 + i < m ? x[std::int64_t(i0 + i) * incx] : T(0);
     });
     const int j0 = TILE * int(blockIdx.x), columns = n - j0;
-    const int rows = bounded ? m - i0 : TILE * TY;
+    const int rows = bounded && m - i0 < TILE * TY ? m - i0 : TILE * TY;
     const T* const chunk = A + offset(i0, j0, lda);
     Private<Ahead<T, TILE, TY>, TILE * TY> ahead;
     for (int k = addInPlace<conj, bounded>(shared, chunk, lda, rows, columns); k < TY && k * TILE < rows;) {
@@ -176,10 +176,11 @@ __global__ void gemvt_k(int m, int n, T alpha, int mAligned, const T* A, int lda
 
     block.eachAlongY([&](int tx, int ty) { acc[shared.index(tx, ty)] = {T(0), T(0)}; });
     const bool readA = alpha != T(0);
-    for (int i = 0; readA && i < mAligned; i += TILE * TY)
+    const int whole = readsInPlace ? 0 : mAligned; // a CPU takes all chunks as it takes the last
+    for (int i = 0; readA && i < whole; i += TILE * TY)
         addChunk<conj, false>(shared, i, m, n, A, lda, x, incx);
-    if (readA && mAligned < m)
-        addChunk<conj, true>(shared, mAligned, m, n, A, lda, x, incx);
+    for (int i = whole; readA && i < m; i += TILE * TY)
+        addChunk<conj, true>(shared, i, m, n, A, lda, x, incx);
 
     block.eachAlongY([&](int tx, int ty) {
         const RowPair<T>& rows = acc[shared.index(tx, ty)];
