@@ -117,7 +117,7 @@ __device__ __forceinline__ int addInPlace(GemvBlock<T, TILE, TY> shared, const T
 }
 
 /// Adds the products of the chunk that starts at row i0, tile by tile. A bounded chunk ends with the tile that holds
-/// row m - 1.
+/// row m - 1 if it has that row.
 template <bool conj, bool bounded, class T, int TILE, int TY>
 __device__ __forceinline__ void addChunk(GemvBlock<T, TILE, TY> shared, int i0, int m, int n, const T* A, int lda,
                                          const T* x, int incx)
